@@ -1,0 +1,26 @@
+# SPDX-FileCopyrightText: 2026 The Ringlet Authors
+# SPDX-License-Identifier: BSD-3-Clause
+
+# Flags that every target of the tree is built with, and the two language levels.
+
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# What runs on the device keeps to C++14; a folder that runs on desktops only raises it to 17.
+set(CMAKE_CXX_STANDARD 14)
+
+add_compile_options(-Wall -Wextra -Wpedantic)
+if(RINGLET_WERROR)
+    add_compile_options(-Werror)
+endif()
+# A missing symbol shows when a library is linked, not when a host loads it.
+add_link_options(LINKER:-z,defs)
+
+if(RINGLET_SANITIZE)
+    add_compile_options(-fsanitize=${RINGLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${RINGLET_SANITIZE})
+endif()

@@ -1,0 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "voicecallglobal.h"
+
+Q_LOGGING_CATEGORY(voicecall, "voicecall", QtWarningMsg)

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "program.h"
+
+#include "waitfor.h"
+
+#include <QtCore/QElapsedTimer>
+#include <csignal>
+#include <sys/prctl.h>
+
+Program::Program() = default;
+
+Program::~Program()
+{
+    if (state() == QProcess::NotRunning)
+        return;
+    kill();
+    QProcess::waitForFinished();
+}
+
+bool Program::start(const QString &file, const QStringList &arguments, const QStringList &environment)
+{
+    m_output.clear();
+    m_errors.clear();
+    if (!environment.isEmpty())
+        setEnvironment(QProcess::systemEnvironment() + environment);
+    QProcess::start(file, arguments);
+    return waitForStarted();
+}
+
+void Program::type(const QString &line)
+{
+    write(line.toUtf8() + '\n');
+    waitForBytesWritten();
+}
+
+void Program::signal(int number) { ::kill(pid_t(processId()), number); }
+
+QStringList Program::lines()
+{
+    m_output += QString::fromUtf8(readAllStandardOutput());
+    QStringList complete = m_output.split(QLatin1Char('\n'));
+    complete.removeLast();
+    return complete;
+}
+
+QString Program::errorOutput()
+{
+    m_errors += QString::fromUtf8(readAllStandardError());
+    return m_errors;
+}
+
+// The test's own event loop keeps running meanwhile.
+template <typename Condition>
+static bool waitForProcess(QProcess &process, Condition condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > waitLimitMs)
+            return false;
+        QCoreApplication::processEvents();
+        if (process.state() == QProcess::NotRunning)
+            return condition();
+        process.waitForReadyRead(5);
+    }
+    return true;
+}
+
+bool Program::waitForOutput(const QString &text, int from)
+{
+    return waitForProcess(*this, [&] { return !lines().mid(from).filter(text).isEmpty(); });
+}
+
+bool Program::waitForError(const QString &text)
+{
+    return waitForProcess(*this, [&] { return errorOutput().contains(text); });
+}
+
+int Program::waitForExit()
+{
+    waitForProcess(*this, [&] { return state() == QProcess::NotRunning; });
+    return state() == QProcess::NotRunning && exitStatus() == QProcess::NormalExit ? exitCode() : -1;
+}
+
+void Program::setupChildProcess() { prctl(PR_SET_PDEATHSIG, SIGKILL); }

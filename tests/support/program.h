@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef TESTS_PROGRAM_H
+#define TESTS_PROGRAM_H
+
+#include <QtCore/QProcess>
+#include <QtCore/QStringList>
+
+/**
+ * A program that a test starts, watches and ends. It is killed with this object, and with the test
+ * process should that die first. Output is kept line by line. Needs an application object.
+ */
+class Program : private QProcess
+{
+public:
+    Program();
+    ~Program() override;
+
+    /** Whether the program could be started. */
+    bool start(const QString &file, const QStringList &arguments, const QStringList &environment = {});
+
+    using QProcess::processId;
+
+    bool isRunning() const { return state() == QProcess::Running; }
+
+    /** Writes a line to its standard input. */
+    void type(const QString &line);
+
+    /** Ends its standard input. */
+    using QProcess::closeWriteChannel;
+
+    /** Sends a signal such as SIGTERM. */
+    void signal(int number);
+
+    /** Complete lines of standard output so far, without their ends. */
+    QStringList lines();
+
+    /** Standard error so far. */
+    QString errorOutput();
+
+    /** Waits until a line that contains `text` has come, from line `from` on; false when none came. */
+    bool waitForOutput(const QString &text, int from = 0);
+
+    /** Waits until standard error contains `text`. */
+    bool waitForError(const QString &text);
+
+    /** Waits until it has ended by itself; its exit code, or -1 when it crashed or did not end. */
+    int waitForExit();
+
+protected:
+    void setupChildProcess() override;
+
+private:
+    QString m_output;
+    QString m_errors;
+};
+
+#endif

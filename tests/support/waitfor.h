@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef TESTS_WAITFOR_H
+#define TESTS_WAITFOR_H
+
+#include <QtCore/QCoreApplication>
+#include <QtTest/QTest>
+
+/** How long a test waits for what must come, in milliseconds; generous, since machines are shared. */
+constexpr int waitLimitMs = 20000;
+
+/** Runs the event loop until `condition` holds; false when it did not come to hold in time. */
+template <typename Condition>
+bool waitFor(Condition condition)
+{
+    return QTest::qWaitFor(condition, waitLimitMs);
+}
+
+#endif
