@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef RINGLET_CALLHANDLER_P_H
+#define RINGLET_CALLHANDLER_P_H
+
+#include "audiocontrolproxy.h"
+#include "callproxy.h"
+#include "calls/callhandler.h"
+#include "calls/callprovider.h"
+#include "dtmfproxy.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QScopedPointer>
+
+class CallHandlerPrivate
+{
+public:
+    CallHandlerPrivate(CallHandler *q, const DBusCallObject &object, const QString &handlerId, CallProvider *provider)
+        : q(q),
+          object(object),
+          handlerId(handlerId),
+          provider(provider)
+    {
+    }
+
+    void addCall(const QVariantMap &properties);
+    void addDtmf();
+    /** Wires the exchange of audio state and sends the application all of it. */
+    void addAudioControl();
+
+    /** Whether the application may ask for a route or a mute: while the call is active or dialing. */
+    bool mayRequestAudio() const;
+
+    CallHandler *q;
+    DBusCallObject object;
+    QString handlerId;
+    CallProvider *provider;
+    // Made when the object first shows the interface, and kept until the handler goes. Released in
+    // reverse order.
+    QScopedPointer<CallProxy> callProxy;
+    QScopedPointer<DTMFProxy> dtmfProxy;
+    QScopedPointer<AudioControlProxy> audioControlProxy;
+    qint64 durationMs = 0;
+    int durationTimerId = -1;
+    QElapsedTimer durationClock; // since the last tick
+    bool incoming = false;
+    quint32 remoteStatus = 0;
+    QVariantMap callProperties; // self-contained
+};
+
+#endif

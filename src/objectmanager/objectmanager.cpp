@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "objectmanager/objectmanager.h"
+
+#include <QtDBus/QDBusPendingCallWatcher>
+#include <QtDBus/QDBusPendingReply>
+
+ObjectManager::ObjectManager(
+    const QString &service, const QDBusObjectPath &path, const QDBusConnection &connection, QObject *parent)
+    : QObject(parent),
+      proxy(service, path.path(), connection, nullptr),
+      path(path)
+{
+    // Before the request goes out, so that no change falls between it and the subscription.
+    connect(&proxy, &DBusObjectManagerProxy::InterfacesAdded, this, &ObjectManager::onInterfacesAdded);
+    connect(&proxy, &DBusObjectManagerProxy::InterfacesRemoved, this, &ObjectManager::onInterfacesRemoved);
+
+    auto *watcher = new QDBusPendingCallWatcher(proxy.GetManagedObjects(), this);
+    connect(
+        watcher, &QDBusPendingCallWatcher::finished, watcher,
+        [this](QDBusPendingCallWatcher *finished) {
+            const QDBusPendingReply<DBusObjectList> reply = *finished;
+            if (!reply.isError()) {
+                const DBusObjectList snapshot = reply.value();
+                const QList<QDBusObjectPath> paths = snapshot.keys();
+                for (const QDBusObjectPath &object : paths)
+                    onInterfacesAdded(object, snapshot.value(object));
+            }
+            finished->deleteLater();
+        },
+        Qt::DirectConnection);
+}
+
+ObjectManager::~ObjectManager() = default;
+
+void ObjectManager::removeAll()
+{
+    const DBusObjectList mirrored = objects;
+    for (auto object = mirrored.cbegin(); object != mirrored.cend(); ++object)
+        emit interfacesRemoved(proxy.service(), object.key(), object->keys());
+    objects.clear();
+}
+
+void ObjectManager::onInterfacesAdded(const QDBusObjectPath &object, const QVariantMapMap &interfaces)
+{
+    QVariantMapMap &known = objects[object];
+    QMultiMap<QString, QVariantMap> merged;
+    known.swap(merged);
+    for (auto interface = interfaces.cbegin(); interface != interfaces.cend(); ++interface)
+        merged.insert(interface.key(), QVariantMap());
+    known.swap(merged);
+
+    emit interfacesAdded(proxy.service(), object, interfaces);
+}
+
+void ObjectManager::onInterfacesRemoved(const QDBusObjectPath &object, const QStringList &interfaces)
+{
+    if (objects.contains(object)) {
+        for (const QString &interface : interfaces) {
+            // Anew for every name: the object may have left with the one before.
+            QVariantMapMap &known = objects[object];
+            known.remove(interface);
+            if (known.isEmpty())
+                objects.remove(object);
+        }
+    }
+
+    emit interfacesRemoved(proxy.service(), object, interfaces);
+}
