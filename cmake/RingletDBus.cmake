@@ -12,8 +12,14 @@
 # Qt's own macro for adaptors is not used: it gives the adaptor a typed parent, and the generated methods
 # then call the parent directly instead of by name through the meta-object.
 
+set(RINGLET_QDBUSXML2CPP "" CACHE FILEPATH
+    "qdbusxml2cpp of the building machine, for cross builds; by default that of the Qt built against")
+
 function(_ringlet_dbus_generate option target interface class)
-    get_target_property(qdbusxml2cpp Qt5::qdbusxml2cpp IMPORTED_LOCATION)
+    set(qdbusxml2cpp ${RINGLET_QDBUSXML2CPP})
+    if(NOT qdbusxml2cpp)
+        get_target_property(qdbusxml2cpp Qt5::qdbusxml2cpp IMPORTED_LOCATION)
+    endif()
     string(TOLOWER ${class} basename)
     set(xml ${PROJECT_SOURCE_DIR}/dbus/${interface}.xml)
     set(generated ${CMAKE_CURRENT_BINARY_DIR}/${target}_dbus)

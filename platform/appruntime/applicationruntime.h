@@ -10,7 +10,10 @@
 class ApplicationRuntime
 {
 public:
-    /** The process-wide instance; lives as long as the process. */
+    /** Looks processes up below `procfs`, where the process file system is mounted. */
+    explicit ApplicationRuntime(const QString &procfs = QStringLiteral("/proc"));
+
+    /** The process-wide instance, for this system's own processes; lives as long as the process. */
     static ApplicationRuntime &instance();
 
     /**
@@ -18,7 +21,7 @@ public:
      * scope that its control group is named after. Empty when it belongs to none, when the process is
      * gone, and on a system without control groups.
      *
-     * Reads /proc/PID/cgroup and nothing that the application controls the contents of; never waits for
+     * Reads PID/cgroup there and nothing that the application controls the contents of; never waits for
      * the application. A process may still be moved or may start another: this is a name for people and
      * for lists, not a security boundary.
      */
@@ -28,7 +31,7 @@ public:
     static QString appIdFromCgroups(const QString &cgroups);
 
 private:
-    ApplicationRuntime() = default;
+    QString m_procfs;
 };
 
 #endif
