@@ -10,7 +10,7 @@
 
 void CallHandlerPrivate::addAudioControl()
 {
-    audioControlProxy.reset(new AudioControlProxy(object.service, object.path.path(), QDBusConnection::sessionBus()));
+    audioControlProxy.reset(new AudioControlProxy(object.service, object.proxyPath(), QDBusConnection::sessionBus()));
     QObject::connect(audioControlProxy.data(), &AudioControlProxy::RequestMute, q, &CallHandler::onMuteRequested);
     QObject::connect(
         audioControlProxy.data(), &AudioControlProxy::RequestAudioRoute, q, &CallHandler::onAudioRouteRequested);

@@ -54,7 +54,7 @@ void CallHandler::addInterfaces(const QVariantMapMap &interfaces)
 
 void CallHandlerPrivate::addCall(const QVariantMap &properties)
 {
-    callProxy.reset(new CallProxy(object.service, object.path.path(), QDBusConnection::sessionBus()));
+    callProxy.reset(new CallProxy(object.service, object.proxyPath(), QDBusConnection::sessionBus()));
     callProperties = PropertyValues::selfContained(properties);
     incoming = callProperties.value(QStringLiteral("Incoming")).toBool();
     QObject::connect(callProxy.data(), &CallProxy::StatusChanged, q, &CallHandler::onStatusChanged);
@@ -64,7 +64,7 @@ void CallHandlerPrivate::addCall(const QVariantMap &properties)
 
 void CallHandlerPrivate::addDtmf()
 {
-    dtmfProxy.reset(new DTMFProxy(object.service, object.path.path(), QDBusConnection::sessionBus()));
+    dtmfProxy.reset(new DTMFProxy(object.service, object.proxyPath(), QDBusConnection::sessionBus()));
     emit q->supportsDtmfChanged(true);
 }
 
@@ -195,7 +195,7 @@ void CallHandler::sendDtmf(const QString &tones)
         d->dtmfProxy->SendDTMF(tones);
 }
 
-void CallHandler::merge(const QString &callHandle) { Q_UNUSED(callHandle) }
+void CallHandler::merge(const QString &) { }
 
 void CallHandler::split() { }
 

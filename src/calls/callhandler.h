@@ -62,7 +62,7 @@ public Q_SLOTS:
     void hold(bool on = true) override;
     void deflect(const QString &target) override;
     void sendDtmf(const QString &tones) override;
-    void merge(const QString &callHandle) override;
+    void merge(const QString &) override;
     void split() override;
 
     // The exchange of audio state, in audio/callhandleraudio.cpp.

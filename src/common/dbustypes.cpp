@@ -22,6 +22,12 @@ Q_CONSTRUCTOR_FUNCTION(registerTypes)
 
 QString DBusObject::toString() const { return QStringLiteral("%1@%2").arg(service, path.path()); }
 
+QString DBusObject::proxyPath() const
+{
+    const QString text = path.path();
+    return text == QLatin1String("/org/freedesktop/DBus/Local") ? QStringLiteral("reserved") : text;
+}
+
 uint qHash(const DBusObject &object, uint seed)
 {
     // Rotated, so that service and path swapped do not collide. The parts are hashed without the seed,

@@ -23,6 +23,13 @@ struct DBusObject
     /** "service@path", for log messages. */
     QString toString() const;
 
+    /**
+     * The path to make a proxy with. For the one path that the D-Bus protocol reserves it is a text that
+     * is no path, so that the proxy is invalid and sends nothing: the bus ends the connection of whoever
+     * sends a message there. No application can have an object at it.
+     */
+    QString proxyPath() const;
+
     /** Bus name of the owner; in practice a unique name, taken from a message's sender. */
     QString service;
     QDBusObjectPath path;

@@ -9,7 +9,7 @@
 ObjectManager::ObjectManager(
     const QString &service, const QDBusObjectPath &path, const QDBusConnection &connection, QObject *parent)
     : QObject(parent),
-      proxy(service, path.path(), connection, nullptr),
+      proxy(service, DBusObject(service, path).proxyPath(), connection, nullptr),
       path(path)
 {
     // Before the request goes out, so that no change falls between it and the subscription.

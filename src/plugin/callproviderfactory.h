@@ -44,7 +44,7 @@ public Q_SLOTS:
     void finalize() override;
 
 private Q_SLOTS:
-    void onCallManagerAdded(const DBusCallManager &callManager, pid_t pid);
+    void onCallManagerAdded(const DBusCallManager &callManager, pid_t);
     void onCallManagerRemoved(const DBusCallManager &callManager);
     void onInterfacesAdded(const DBusCallObject &call, const QVariantMapMap &interfaces);
     void onInterfacesRemoved(const DBusCallObject &call, const QStringList &interfaces);

@@ -37,8 +37,8 @@ Q_SIGNALS:
     void InterfacesAdded(const QString &connection, const QDBusObjectPath &path, const QVariantMapMap &properties);
     void InterfacesRemoved(const QString &connection, const QDBusObjectPath &path, const QStringList &interfaces);
 
-    /** `pid` is 0 when the bus could not tell it. */
-    void callManagerAdded(const DBusCallManager &callManager, pid_t pid);
+    /** With the process id of its owner, 0 when the bus could not tell it. */
+    void callManagerAdded(const DBusCallManager &callManager, pid_t);
     void callManagerRemoved(const DBusCallManager &callManager);
 
 public Q_SLOTS:

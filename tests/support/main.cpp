@@ -3,8 +3,19 @@
 
 #include "privatebus.h"
 
+#include "scriptedapplication.h"
+
 #include <QtCore/QCoreApplication>
 #include <gmock/gmock.h>
+
+// The bus layer holds back what arrives before the event loop first runs, and may deliver it behind what
+// arrives right after: applications would be seen to come after they have called.
+static void waitForDispatch()
+{
+    ScriptedApplication caller;
+    caller.call(ScriptedApplication::thisProcess(), QStringLiteral("/"),
+        QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect"));
+}
 
 int main(int argc, char *argv[])
 {
@@ -15,5 +26,6 @@ int main(int argc, char *argv[])
     // Before the tests: the first use of the session bus decides which one it is for the whole process.
     PrivateBus bus;
     bus.useAsSessionBus();
+    waitForDispatch();
     return RUN_ALL_TESTS();
 }

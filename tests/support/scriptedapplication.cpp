@@ -9,6 +9,7 @@
 
 #include "waitfor.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QMutex>
 #include <QtDBus/QDBusConnection>
 #include <stdexcept>
@@ -52,16 +53,39 @@ GVariant *parseArguments(const QString &arguments)
     return body;
 }
 
-QString print(GDBusMessage *message)
+QString printArguments(GDBusMessage *message)
 {
     GVariant *body = g_dbus_message_get_body(message);
     QString arguments = QStringLiteral("()");
     if (body)
         arguments = QString::fromUtf8(Text(g_variant_print(body, TRUE)).get());
-    arguments.replace(QStringLiteral(",)"), QStringLiteral(")"));
+    return arguments.replace(QStringLiteral(",)"), QStringLiteral(")"));
+}
+
+QString print(GDBusMessage *message)
+{
     return QString::fromUtf8(g_dbus_message_get_path(message)) + QLatin1Char(' ')
         + QString::fromUtf8(g_dbus_message_get_interface(message)) + QLatin1Char('.')
-        + QString::fromUtf8(g_dbus_message_get_member(message)) + arguments;
+        + QString::fromUtf8(g_dbus_message_get_member(message)) + printArguments(message);
+}
+
+QString printContents(GDBusMessage *message)
+{
+    switch (g_dbus_message_get_message_type(message)) {
+    case G_DBUS_MESSAGE_TYPE_METHOD_RETURN:
+        return QStringLiteral("reply ") + printArguments(message);
+    case G_DBUS_MESSAGE_TYPE_ERROR:
+        return QStringLiteral("error ") + QString::fromUtf8(g_dbus_message_get_error_name(message));
+    default:
+        return print(message);
+    }
+}
+
+QString printWithAddresses(GDBusMessage *message)
+{
+    const char *destination = g_dbus_message_get_destination(message);
+    return QString::fromUtf8(g_dbus_message_get_sender(message)) + QStringLiteral(" > ")
+        + QString::fromUtf8(destination ? destination : "*") + QStringLiteral(": ") + printContents(message);
 }
 
 void attach(GDBusMessage *message, const QVector<int> &descriptors)
@@ -82,6 +106,7 @@ public:
     void sendMessage(GDBusMessage *message);
     void answer(GDBusMessage *call);
     void answerSnapshot(GDBusMessage *call);
+    Message replyTo(GDBusMessage *call) const;
     bool receive(GDBusMessage *message);
 
     static GDBusMessage *filter(GDBusConnection *connection, GDBusMessage *message, gboolean incoming, gpointer self);
@@ -93,10 +118,15 @@ public:
     QMutex mutex;
     QStringList calls;
     QStringList signalsHeard;
+    QStringList traffic;
+    bool isMonitor = false;
+    QVector<int> snapshotDescriptors;
     QString snapshotBody = QStringLiteral("@a{oa{sa{sv}}} {}");
     QString snapshotError;
     bool snapshotHeld = false;
     std::vector<Message> heldRequests;
+    QHash<QString, QString> properties;
+    QString commandError;
 };
 
 void ScriptedApplication::Private::sendMessage(GDBusMessage *message)
@@ -110,6 +140,7 @@ void ScriptedApplication::Private::answerSnapshot(GDBusMessage *call)
     if (snapshotError.isEmpty()) {
         reply.reset(g_dbus_message_new_method_reply(call));
         g_dbus_message_set_body(reply.get(), parseArguments(snapshotBody));
+        attach(reply.get(), snapshotDescriptors);
     } else {
         reply.reset(g_dbus_message_new_method_error_literal(call, snapshotError.toUtf8().constData(), "refused"));
     }
@@ -127,13 +158,33 @@ void ScriptedApplication::Private::answer(GDBusMessage *call)
     }
     if (g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED)
         return;
-    sendMessage(Message(g_dbus_message_new_method_reply(call)).get());
+    sendMessage(replyTo(call).get());
+}
+
+Message ScriptedApplication::Private::replyTo(GDBusMessage *call) const
+{
+    if (!commandError.isEmpty())
+        return Message(g_dbus_message_new_method_error_literal(call, commandError.toUtf8().constData(), "refused"));
+
+    Message reply(g_dbus_message_new_method_reply(call));
+    if (qstrcmp(g_dbus_message_get_interface(call), "org.freedesktop.DBus.Properties") == 0) {
+        const char *name = "";
+        g_variant_get_child(g_dbus_message_get_body(call), 1, "&s", &name);
+        if (properties.contains(QString::fromUtf8(name)))
+            g_dbus_message_set_body(
+                reply.get(), parseArguments(QStringLiteral("<%1>").arg(properties.value(QString::fromUtf8(name)))));
+    }
+    return reply;
 }
 
 // True when the message is of no further interest to the bus library.
 bool ScriptedApplication::Private::receive(GDBusMessage *message)
 {
     const QMutexLocker lock(&mutex);
+    if (isMonitor) {
+        traffic.append(printWithAddresses(message));
+        return g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL; // would be answered
+    }
     switch (g_dbus_message_get_message_type(message)) {
     case G_DBUS_MESSAGE_TYPE_METHOD_CALL:
         calls.append(print(message));
@@ -218,7 +269,7 @@ void ScriptedApplication::send(const QString &destination, const QString &path, 
 }
 
 QString ScriptedApplication::call(const QString &destination, const QString &path, const QString &interface,
-    const QString &member, const QString &arguments)
+    const QString &member, const QString &arguments, const QVector<int> &descriptors)
 {
     // Shared with the callback, which may come after the wait was given up.
     auto reply = std::make_shared<QString>();
@@ -237,6 +288,7 @@ QString ScriptedApplication::call(const QString &destination, const QString &pat
             **shared = QStringLiteral("()");
     };
     const Message message = methodCall(destination, path, interface, member, arguments);
+    attach(message.get(), descriptors);
     g_dbus_connection_send_message_with_reply(d->connection, message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, waitLimitMs,
         nullptr, nullptr, finished, new Shared(reply));
     waitFor([&] { return !reply->isEmpty(); });
@@ -284,11 +336,12 @@ void ScriptedApplication::setObjects(const QString &objects)
     setSnapshotBody(QStringLiteral("@a{oa{sa{sv}}} ") + objects);
 }
 
-void ScriptedApplication::setSnapshotBody(const QString &arguments)
+void ScriptedApplication::setSnapshotBody(const QString &arguments, const QVector<int> &descriptors)
 {
     g_variant_unref(parseArguments(arguments)); // throws here rather than in the bus library's thread
     const QMutexLocker lock(&d->mutex);
     d->snapshotBody = arguments;
+    d->snapshotDescriptors = descriptors;
     d->snapshotError.clear();
 }
 
@@ -311,6 +364,19 @@ void ScriptedApplication::releaseSnapshot()
     for (const Message &request : d->heldRequests)
         d->answerSnapshot(request.get());
     d->heldRequests.clear();
+}
+
+void ScriptedApplication::setProperty(const QString &name, const QString &value)
+{
+    g_variant_unref(parseArguments(value)); // throws here rather than in the bus library's thread
+    const QMutexLocker lock(&d->mutex);
+    d->properties.insert(name, value);
+}
+
+void ScriptedApplication::refuseCommands(const QString &errorName)
+{
+    const QMutexLocker lock(&d->mutex);
+    d->commandError = errorName;
 }
 
 QStringList ScriptedApplication::calls() const
@@ -346,6 +412,23 @@ void ScriptedApplication::forgetWhatArrived()
     const QMutexLocker lock(&d->mutex);
     d->calls.clear();
     d->signalsHeard.clear();
+}
+
+void ScriptedApplication::becomeMonitor()
+{
+    {
+        const QMutexLocker lock(&d->mutex);
+        d->isMonitor = true;
+    }
+    call(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus.Monitoring"), QStringLiteral("BecomeMonitor"),
+        QStringLiteral("@as [], uint32 0"));
+}
+
+QStringList ScriptedApplication::traffic() const
+{
+    const QMutexLocker lock(&d->mutex);
+    return d->traffic;
 }
 
 QString ScriptedApplication::thisProcess() { return QDBusConnection::sessionBus().baseService(); }

@@ -17,7 +17,8 @@
  * "objectpath '/calls/1', {'x': <uint32 5>}"; "handle 0" is the first of the descriptors given. A text
  * that does not parse throws std::invalid_argument.
  *
- * Method calls that arrive are answered at once with the empty reply, GetManagedObjects as set.
+ * Method calls that arrive are answered at once with the empty reply, unless set otherwise; GetManagedObjects
+ * is answered as set.
  */
 class ScriptedApplication
 {
@@ -43,7 +44,7 @@ public:
      * such as "([('a', '/b')],)", or the name of the error; empty when nothing came in time.
      */
     QString call(const QString &destination, const QString &path, const QString &interface, const QString &member,
-        const QString &arguments = {});
+        const QString &arguments = {}, const QVector<int> &descriptors = {});
 
     /** Sends a method call and does not wait for its answer. */
     void send(const QString &destination, const QString &path, const QString &interface, const QString &member,
@@ -75,8 +76,8 @@ public:
     /** `objects` is the text of an a{oa{sa{sv}}}; the default is an empty one. */
     void setObjects(const QString &objects);
 
-    /** The whole body of the reply, of whatever type. */
-    void setSnapshotBody(const QString &arguments);
+    /** The whole body of the reply, of whatever type. The descriptors must stay open meanwhile. */
+    void setSnapshotBody(const QString &arguments, const QVector<int> &descriptors = {});
 
     /** Answer it with this error. */
     void refuseSnapshot(const QString &errorName);
@@ -86,6 +87,14 @@ public:
 
     /** Answers every request that was held, as set. */
     void releaseSnapshot();
+
+    // --- Answering other calls
+
+    /** Answers reads of the property `name`, on any object and interface, with the value of this text. */
+    void setProperty(const QString &name, const QString &value);
+
+    /** Answer every call but GetManagedObjects with this error from now on. */
+    void refuseCommands(const QString &errorName);
 
     // --- What arrived
 
@@ -102,6 +111,20 @@ public:
     void subscribe(const QString &rule);
 
     void forgetWhatArrived();
+
+    // --- Watching the bus
+
+    /**
+     * Makes this connection a monitor: from now on every message on the bus is recorded in traffic(), and
+     * nothing can be sent from here.
+     */
+    void becomeMonitor();
+
+    /**
+     * All messages in order, each as ":1.2 > :1.1: " and what it is: a call or a signal in the form above
+     * (a broadcast goes to "*"), "reply (uint32 5)" or "error NAME".
+     */
+    QStringList traffic() const;
 
     /** The unique name of the test process's own session bus connection, on which a host in it is reached. */
     static QString thisProcess();
