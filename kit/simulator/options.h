@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef SIMULATOR_OPTIONS_H
+#define SIMULATOR_OPTIONS_H
+
+#include "call.h"
+
+#include <QtCore/QList>
+
+/** What the command line asks for. */
+struct Options
+{
+    QString host;
+    QStringList managers;
+    QList<CallDescription> calls;
+    /** Empty when there is none. */
+    QString script;
+    bool stay = false;
+    /** What to print instead of doing anything: help or version. */
+    QString answer;
+
+    /** Reads the command line; what is wrong with it, empty if nothing. */
+    QString read(const QStringList &arguments);
+};
+
+#endif

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef SIMULATOR_PROPERTIESINTERFACE_H
+#define SIMULATOR_PROPERTIESINTERFACE_H
+
+#include "wiretypes.h"
+
+#include <QtDBus/QDBusMessage>
+
+/** Answers a call of org.freedesktop.DBus.Properties on an object with these interfaces, all read-only. */
+QDBusMessage answerPropertiesCall(const QDBusMessage &call, const InterfaceMap &interfaces);
+
+#endif

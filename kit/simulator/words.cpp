@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "words.h"
+
+#include <QtCore/QHash>
+
+static const QHash<QChar, QChar> escapes = {{QLatin1Char('n'), QLatin1Char('\n')},
+    {QLatin1Char('r'), QLatin1Char('\r')}, {QLatin1Char('t'), QLatin1Char('\t')}};
+
+bool splitWords(const QString &line, QStringList *words)
+{
+    QString word;
+    bool inWord = false;
+    bool inQuotes = false;
+    for (int i = 0; i < line.size(); ++i) {
+        QChar c = line.at(i);
+        if (c == QLatin1Char('"')) {
+            inQuotes = !inQuotes;
+            inWord = true;
+        } else if (c.isSpace() && !inQuotes) {
+            if (inWord)
+                words->append(word);
+            word.clear();
+            inWord = false;
+        } else {
+            if (inQuotes && c == QLatin1Char('\\') && i + 1 < line.size()) {
+                c = line.at(++i);
+                c = escapes.value(c, c);
+            }
+            word += c;
+            inWord = true;
+        }
+    }
+    if (inWord)
+        words->append(word);
+    return !inQuotes;
+}
+
+static QString escaped(QChar c)
+{
+    if (c == QLatin1Char('"') || c == QLatin1Char('\\'))
+        return QLatin1Char('\\') + QString(c);
+    const QChar letter = escapes.key(c);
+    return letter.isNull() ? QString(c) : QLatin1Char('\\') + QString(letter);
+}
+
+QString quoted(const QString &text)
+{
+    QString result(QLatin1Char('"'));
+    for (const QChar c : text)
+        result += escaped(c);
+    return result + QLatin1Char('"');
+}

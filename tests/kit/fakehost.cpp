@@ -1,0 +1,205 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "fakehost.h"
+
+#include "waitfor.h"
+
+#include <QtDBus/QDBusMetaType>
+#include <QtDBus/QDBusPendingCallWatcher>
+#include <algorithm>
+
+static const QString servicePath = QStringLiteral("/zelkovar/call/service");
+static const QString objectManagerInterface = QStringLiteral("org.freedesktop.DBus.ObjectManager");
+static const QString callInterface = QStringLiteral("zelkovar.Call.Call1");
+
+QDBusArgument &operator<<(QDBusArgument &argument, const FakeDevice &device)
+{
+    argument.beginStructure();
+    argument << device.id << device.type << device.isInput << device.isOutput << device.name << device.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, FakeDevice &device)
+{
+    argument.beginStructure();
+    argument >> device.id >> device.type >> device.isInput >> device.isOutput >> device.name >> device.properties;
+    argument.endStructure();
+    return argument;
+}
+
+static QDBusConnection newConnection()
+{
+    static int count = 0;
+    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("fake host %1").arg(++count));
+}
+
+static QString statusOf(const InterfaceMap &interfaces)
+{
+    return interfaces.value(callInterface).value(QStringLiteral("Status"), QStringLiteral("none")).toString();
+}
+
+FakeHost::FakeHost() : m_connection(newConnection())
+{
+    qDBusRegisterMetaType<InterfaceMap>();
+    qDBusRegisterMetaType<ObjectMap>();
+    qDBusRegisterMetaType<FakeDevice>();
+    qDBusRegisterMetaType<FakeDeviceList>();
+    m_connection.registerVirtualObject(servicePath, this);
+    subscribe(objectManagerInterface, QStringLiteral("InterfacesAdded"), QStringLiteral("oa{sa{sv}}"));
+    subscribe(objectManagerInterface, QStringLiteral("InterfacesRemoved"), QStringLiteral("oas"));
+    subscribe(callInterface, QStringLiteral("StatusChanged"), QStringLiteral("u"));
+    subscribe(QStringLiteral("zelkovar.Call.AudioControl1"), QStringLiteral("RequestMute"), QStringLiteral("b"));
+    subscribe(QStringLiteral("zelkovar.Call.AudioControl1"), QStringLiteral("RequestAudioRoute"), QStringLiteral("ss"));
+}
+
+FakeHost::~FakeHost() { QDBusConnection::disconnectFromBus(m_connection.name()); }
+
+// From everybody: a host that subscribes late would not see what came too early.
+void FakeHost::subscribe(const QString &interface, const QString &member, const QString &signature)
+{
+    m_connection.connect(QString(), QString(), interface, member, signature, this, SLOT(onSignal(QDBusMessage)));
+}
+
+bool FakeHost::takeName(const QString &name) { return m_connection.registerService(name); }
+
+void FakeHost::dropName(const QString &name) { m_connection.unregisterService(name); }
+
+static bool startsWith(const QString &line, const QString &start)
+{
+    return line == start || line.startsWith(start + QLatin1Char(' ')) || line.startsWith(start + QLatin1Char(':'));
+}
+
+bool FakeHost::waitForWire(const QString &start, int count) const
+{
+    return waitFor([&] {
+        return std::count_if(m_wire.begin(), m_wire.end(), [&](const QString &line) { return startsWith(line, start); })
+            >= count;
+    });
+}
+
+bool FakeHost::handleMessage(const QDBusMessage &message, const QDBusConnection &)
+{
+    if (message.member() != QLatin1String("RegisterCallManager") || message.signature() != QLatin1String("o"))
+        return false;
+    onRegistration(message);
+    return true;
+}
+
+void FakeHost::onRegistration(const QDBusMessage &message)
+{
+    const QString manager = message.arguments().constFirst().value<QDBusObjectPath>().path();
+    m_wire.append(QStringLiteral("RegisterCallManager ") + manager);
+    m_application = message.service();
+    if (!m_refusal.isEmpty()) {
+        m_connection.send(message.createErrorReply(m_refusal, QStringLiteral("not \"today\"")));
+        return;
+    }
+    askForObjects(manager);
+    if (m_holdsAnswers)
+        m_held.append(message);
+    else
+        m_connection.send(message.createReply());
+}
+
+void FakeHost::answerRegistrations()
+{
+    m_holdsAnswers = false;
+    for (const QDBusMessage &message : qAsConst(m_held))
+        m_connection.send(message.createReply());
+    m_held.clear();
+}
+
+void FakeHost::askForObjects(const QString &manager)
+{
+    const QDBusMessage request = QDBusMessage::createMethodCall(
+        m_application, manager, objectManagerInterface, QStringLiteral("GetManagedObjects"));
+    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(request), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, manager] {
+        const auto objects = qdbus_cast<ObjectMap>(watcher->reply().arguments().value(0));
+        QString line = QStringLiteral("GetManagedObjects %1:").arg(manager);
+        for (auto object = objects.begin(); object != objects.end(); ++object)
+            line += QStringLiteral(" %1=%2").arg(object.key().path(), statusOf(object.value()));
+        m_wire.append(line);
+        for (auto object = objects.begin(); object != objects.end(); ++object)
+            onReported(object.key(), object.value());
+        watcher->deleteLater();
+    });
+}
+
+void FakeHost::onReported(const QDBusObjectPath &path, const InterfaceMap &interfaces)
+{
+    m_calls.insert(path, interfaces);
+    if (!m_isQuiet)
+        broadcast(path.path(), interfaces);
+}
+
+void FakeHost::broadcast(const QString &path, const InterfaceMap &interfaces, const QString &application)
+{
+    QDBusMessage signal = QDBusMessage::createSignal(
+        servicePath, QStringLiteral("zelkovar.Call.ServiceManager1"), QStringLiteral("InterfacesAdded"));
+    signal << (application.isEmpty() ? m_application : application) << QVariant::fromValue(QDBusObjectPath(path))
+           << QVariant::fromValue(interfaces);
+    m_connection.send(signal);
+}
+
+// Applications name the interfaces in any order.
+static QStringList sorted(QStringList names)
+{
+    names.sort();
+    return names;
+}
+
+void FakeHost::onSignal(const QDBusMessage &signal)
+{
+    const QVariantList arguments = signal.arguments();
+    QStringList line{signal.member()};
+    if (signal.interface() != objectManagerInterface)
+        line.append(signal.path());
+    for (const QVariant &argument : arguments) {
+        if (argument.userType() == qMetaTypeId<QDBusObjectPath>())
+            line.append(argument.value<QDBusObjectPath>().path());
+        else if (argument.userType() == qMetaTypeId<QDBusArgument>())
+            line.append(statusOf(qdbus_cast<InterfaceMap>(argument)));
+        else if (argument.userType() == QMetaType::QStringList)
+            line.append(sorted(argument.toStringList()));
+        else
+            line.append(argument.toString());
+    }
+    m_wire.append(line.join(QLatin1Char(' ')));
+
+    if (signal.interface() != objectManagerInterface)
+        return;
+    const auto path = arguments.at(0).value<QDBusObjectPath>();
+    if (signal.member() == QLatin1String("InterfacesAdded"))
+        onReported(path, qdbus_cast<InterfaceMap>(arguments.at(1)));
+    else
+        m_calls.remove(path);
+}
+
+QDBusMessage FakeHost::call(
+    const QString &path, const QString &interface, const QString &member, const QVariantList &arguments) const
+{
+    QDBusMessage request = QDBusMessage::createMethodCall(m_application, path, interface, member);
+    request.setArguments(arguments);
+    // Through the watcher's signal: a reply is there as soon as the bus library's own thread has it, but
+    // signals that came before it may still be waiting for the event loop.
+    QDBusPendingCallWatcher watcher(m_connection.asyncCall(request, waitLimitMs));
+    bool isFinished = false;
+    connect(&watcher, &QDBusPendingCallWatcher::finished, [&] { isFinished = true; });
+    waitFor([&] { return isFinished; });
+    return watcher.reply();
+}
+
+ObjectMap FakeHost::managedObjects(const QString &manager) const
+{
+    const QDBusMessage reply = call(manager, objectManagerInterface, QStringLiteral("GetManagedObjects"));
+    return qdbus_cast<ObjectMap>(reply.arguments().value(0));
+}
+
+bool FakeHost::settle(const QString &manager) const
+{
+    return call(manager, objectManagerInterface, QStringLiteral("GetManagedObjects")).type()
+        == QDBusMessage::ReplyMessage;
+}
