@@ -19,8 +19,8 @@ class AbstractVoiceCallProvider;
  * A handler belongs to the provider that announced it with voiceCallAdded() and stays valid until the
  * provider has announced voiceCallRemoved() and control has returned to the event loop: providers
  * release handlers with deleteLater(). The host reads the getters at any time from the main thread, so
- * they must be cheap and must not block. What a getter says may change without a signal of its own when
- * statusChanged() is emitted; the host then reads the call anew.
+ * they must be cheap and must not block. Not every getter has a change signal: any of the signals means
+ * that any of the state may have changed, and the host then reads the whole call anew.
  *
  * Commands return at once and report nothing; their effect shows in the state later, or never.
  */
@@ -47,7 +47,7 @@ public:
     /** The provider that owns this call; never null. */
     virtual AbstractVoiceCallProvider *provider() const = 0;
 
-    /** The id that VoiceCallManagerInterface::newHandlerId() gave for this call. */
+    /** The id that VoiceCallManagerInterface::newHandlerId() gave for this call; constant. */
     virtual QString handlerId() const = 0;
 
     /** Who is at the other end, as shown to people; empty when unknown. */

@@ -18,7 +18,7 @@ class AbstractVoiceCallHandler;
  * A plug-in makes providers and owns them. It hands each to the host with
  * VoiceCallManagerInterface::addProvider() and takes it back with removeProvider() before it releases
  * it, which it does through deleteLater(). The host connects to the signals when the provider is added,
- * and reads voiceCalls() then for those that already exist.
+ * and reads voiceCalls() then for those that already exist; what was announced before is found there.
  */
 class VOICECALL_EXPORT AbstractVoiceCallProvider : public QObject
 {
@@ -48,13 +48,19 @@ public Q_SLOTS:
     virtual bool dial(const QString &msisdn) = 0;
 
 Q_SIGNALS:
-    /** A call exists from now on: its state is complete and can be read. */
+    /**
+     * A call exists from now on: its state is complete and can be read. What the handler signalled before
+     * this, from its constructor for example, was heard by nobody.
+     */
     void voiceCallAdded(AbstractVoiceCallHandler *handler);
 
-    /** The call with this id is over; its handler goes once control is back in the event loop. */
+    /**
+     * The call with this id is over; its handler goes once control is back in the event loop, and the host
+     * no longer listens to it.
+     */
     void voiceCallRemoved(const QString &handlerId);
 
-    /** voiceCalls() has changed; follows each of the two signals above. */
+    /** voiceCalls() has changed; follows each of the two signals above, for hosts that keep no list. */
     void voiceCallsChanged();
 };
 

@@ -24,7 +24,10 @@ public:
     explicit VoiceCallManagerInterface(QObject *parent = nullptr);
     ~VoiceCallManagerInterface() override;
 
-    /** Takes up `provider` and the calls it has; ownership stays with the plug-in. */
+    /**
+     * Takes up `provider` and the calls it has; ownership stays with the plug-in. Null, one that is there
+     * already, and a second one with the same provider id are ignored with a warning.
+     */
     virtual void addProvider(AbstractVoiceCallProvider *provider) = 0;
 
     /** Lets go of `provider` and of every call of its that is still listed. Unknown ones are ignored. */
@@ -36,18 +39,18 @@ public:
     /** The audio state as it is now. */
     virtual AudioRouteState audioRouteState() const = 0;
 
-    /** Selects the input device of this id; an unknown id is ignored. */
+    /** Selects the input device of this id; an id that no input device has is ignored with a warning. */
     virtual void selectInputDevice(const QString &id) = 0;
 
-    /** Selects the output device of this id; an unknown id is ignored. */
+    /** Selects the output device of this id; an id that no output device has is ignored with a warning. */
     virtual void selectOutputDevice(const QString &id) = 0;
 
 Q_SIGNALS:
-    /** Emitted by plug-ins: asks the host to mute or unmute the microphone. */
+    /** Emitted by plug-ins: asks the host to mute or unmute the microphone, which it may refuse in silence. */
     void setMuteMicrophoneRequested(bool mute);
 
-    // Emitted by the host after the state that audioRouteState() gives has changed; where devices and a
-    // selection change together, devicesChanged() comes first.
+    // Emitted by the host after the state that audioRouteState() gives has changed as a whole; where devices
+    // and a selection change together, devicesChanged() comes first.
     void microphoneMutedChanged();
     void selectedInputDeviceChanged();
     void selectedOutputDeviceChanged();

@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "daemon.h"
+#include "providerinfo.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QLoggingCategory>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("voicecalld"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(RINGLET_VERSION));
+    const Options options = Options::read();
+    // Rules from Qt's environment variables and files go before this one.
+    if (options.trace)
+        QLoggingCategory::setFilterRules(QStringLiteral("voicecall=true"));
+    ProviderInfo::registerTypes();
+    return Daemon(options).run();
+}

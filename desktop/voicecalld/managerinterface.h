@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef VOICECALLD_MANAGERINTERFACE_H
+#define VOICECALLD_MANAGERINTERFACE_H
+
+#include "businterface.h"
+
+class VoiceCallManager;
+
+/** org.tarnwickle.voicecall.Manager1 */
+class ManagerInterface : public BusInterface
+{
+    Q_OBJECT
+
+public:
+    explicit ManagerInterface(VoiceCallManager *manager);
+
+    QDBusMessage call(const QDBusMessage &message) override;
+    QVariantMap properties() const override;
+
+private:
+    QString noSuchProvider(const QString &id) const;
+
+    VoiceCallManager *m_manager;
+};
+
+#endif
