@@ -90,7 +90,7 @@ void Application::onShown(const QString &path, const InterfaceMap &interfaces)
     }
 }
 
-void Application::onHostGone()
+void Application::onHostGone() const
 {
     for (Call *call : calls()) {
         call->setShown(false);

@@ -49,7 +49,7 @@ Q_SIGNALS:
 private:
     CallManager *findManager(const QString &path) const;
     void onShown(const QString &path, const InterfaceMap &interfaces);
-    void onHostGone();
+    void onHostGone() const;
 
     QDBusConnection m_connection;
     QList<CallManager *> m_managers;

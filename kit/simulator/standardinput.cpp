@@ -17,7 +17,7 @@ void StandardInput::start()
 
 void StandardInput::read()
 {
-    std::array<char, 4096> buffer;
+    std::array<char, 4096> buffer = {};
     const ssize_t size = ::read(STDIN_FILENO, buffer.data(), buffer.size());
     if (size > 0) {
         m_pending.append(buffer.data(), int(size));

@@ -27,7 +27,7 @@ PACKAGES = {
 }
 
 # What the build and the scripts start without looking for it first.
-ALWAYS = {"binutils", "cmake", "g++", "ninja-build", "clang-format", "clang-tidy"}
+ALWAYS = {"binutils", "cmake", "g++", "ninja-build"}
 
 COMMAND = re.compile(r"^[^#\n]*\b(find_package|find_program|pkg_check_modules)\(([^)]*)\)", re.MULTILINE)
 WORDS_OF_CMAKE = {"REQUIRED", "IMPORTED_TARGET", "GLOBAL", "QUIET", "NAMES"}
