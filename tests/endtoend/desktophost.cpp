@@ -27,7 +27,7 @@ static QDBusMessage request(
 {
     QDBusMessage message = QDBusMessage::createMethodCall(DesktopHost::name(), path, interface, method);
     message.setArguments(arguments);
-    return QDBusConnection::sessionBus().call(message, QDBus::BlockWithGui, waitLimitMs);
+    return QDBusConnection::sessionBus().call(message, QDBus::Block, waitLimitMs);
 }
 
 QString DesktopHost::name() { return QStringLiteral("org.tarnwickle.voicecall"); }
