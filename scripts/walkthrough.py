@@ -111,9 +111,14 @@ class Demo:
         with PRINTING:
             print(f"\n        {name}", flush=True)
 
+    def quietly(self, *arguments, check=True):
+        """Runs callctl without a line in the timeline."""
+        callctl = self.path("desktop/callctl/callctl")
+        return subprocess.run([callctl, *arguments], capture_output=True, text=True, check=check)
+
     def callctl(self, *arguments):
         say("host", f"$ callctl {' '.join(arguments)}")
-        return subprocess.run([self.path("desktop/callctl/callctl"), *arguments], capture_output=True, text=True)
+        return self.quietly(*arguments, check=False)
 
     def command(self, *arguments):
         result = self.callctl(*arguments)
@@ -121,10 +126,7 @@ class Demo:
             raise DoesNotHold(f"callctl {' '.join(arguments)}: {result.stderr.strip()}")
 
     def read(self, what):
-        result = subprocess.run(
-            [self.path("desktop/callctl/callctl"), what, "--json"], capture_output=True, text=True, check=True
-        )
-        return json.loads(result.stdout)
+        return json.loads(self.quietly(what, "--json").stdout)
 
     def wait_for(self, what, question, condition):
         """Asks the host for `what` until `condition` holds of the answer, and returns the answer."""
@@ -144,11 +146,9 @@ class Demo:
             return {call["address"]: call["status"] for call in calls} == expected
 
         calls = self.wait_for("calls", f"the calls are not {expected}", matches)
-        table = subprocess.run(
-            [self.path("desktop/callctl/callctl"), "calls"], capture_output=True, text=True, check=True
-        )
+        table = self.quietly("calls").stdout
         with PRINTING:
-            for line in table.stdout.splitlines():
+            for line in table.splitlines():
                 print(f"{'':8}| {line}", flush=True)
         return {call["address"]: call for call in calls}
 
