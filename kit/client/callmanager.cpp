@@ -184,6 +184,10 @@ void CallManagerPrivate::withdraw(CallPrivate &call)
 // The bus handles the messages of a connection in order: when it has answered, it has them all.
 void CallManagerPrivate::flush()
 {
+    if (!connection.isConnected()) {
+        QMetaObject::invokeMethod(q, &CallManager::flushed, Qt::QueuedConnection);
+        return;
+    }
     const QDBusMessage ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
         QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
     auto *watcher = new QDBusPendingCallWatcher(connection.asyncCall(ping), q);

@@ -42,8 +42,6 @@ public:
         return false;
     }
 
-    void reset() { m_told.clear(); }
-
 private:
     struct Told
     {

@@ -27,7 +27,8 @@ HostLink::HostLink(const QString &name, const QString &manager, const QDBusConne
         {m_connection.baseService()}, QStringLiteral("soa{sa{sv}}"), this, SLOT(onInterfacesAdded(QDBusMessage)));
 }
 
-// Watch first, ask then: whatever happens after the answer is told by the watch.
+// Watch first, ask then: every change after the question is told by the watch. The bus library may deliver
+// such a change before the answer; then the answer is the older of the two.
 void HostLink::start()
 {
     m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -40,7 +41,8 @@ void HostLink::start()
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(question), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         const QDBusPendingReply<QString> reply = *watcher;
-        setOwner(reply.isError() ? QString() : reply.value());
+        if (!m_owner)
+            setOwner(reply.isError() ? QString() : reply.value());
         watcher->deleteLater();
     });
 }
