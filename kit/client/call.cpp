@@ -123,10 +123,7 @@ void CallPrivate::takeRoute(const AudioRoute &newRoute)
     if (newRoute == route)
         return;
     route = newRoute;
-    if (newRoute.microphoneMuted != m_applicationMuted) {
-        m_applicationMuted = newRoute.microphoneMuted;
-        m_muteEcho.told(newRoute.microphoneMuted);
-    }
+    m_muteEcho.told(newRoute.microphoneMuted);
     emit q->audioRouteChanged();
 }
 
@@ -196,7 +193,6 @@ Call::Outcome CallPrivate::requestRoute(const QString &input, const QString &out
 
 Call::Outcome CallPrivate::reportMuted(bool muted)
 {
-    m_applicationMuted = muted;
     return m_muteEcho.isEcho(muted) ? Call::Outcome::Unchanged : requestMute(muted);
 }
 

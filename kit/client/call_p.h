@@ -68,8 +68,6 @@ private:
     /** Asked for since the host last told its route; it may still come to pass. */
     std::optional<bool> m_requestedMute;
     std::optional<QPair<QString, QString>> m_requestedDevices;
-    /** As the application was last told, or has last reported. */
-    bool m_applicationMuted = false;
     EchoFilter<bool> m_muteEcho;
 };
 

@@ -23,7 +23,11 @@ public:
     explicit EchoFilter(std::chrono::milliseconds window = std::chrono::seconds(2)) : m_window(window) { }
 
     /** The application learns `value` now. */
-    void told(const Value &value) { m_told.append({value, QDeadlineTimer(m_window)}); }
+    void told(const Value &value)
+    {
+        dropExpired();
+        m_told.append({value, QDeadlineTimer(m_window)});
+    }
 
     /**
      * Whether a report of `value` is the effect of something told. It then settles that and all that was told

@@ -92,6 +92,10 @@ TEST_F(Audio, DevicesOfAnotherFormAreUnknownAndTheRouteIsNot)
     EXPECT_EQ(command(call->path(), "AudioControl1", "UpdateAudioRouteState", {QStringList{"a"}, true, "mic", "ear"}),
         QString());
     EXPECT_EQ(call->audioRoute(), (AudioRoute{true, "mic", "ear"}));
+    EXPECT_EQ(
+        command(call->path(), "AudioControl1", "UpdateAudioRouteState", {QVariantMap{{"mic", 1}}, false, "mic", "ear"}),
+        QString());
+    EXPECT_EQ(call->audioRoute(), (AudioRoute{false, "mic", "ear"}));
     EXPECT_THAT(call->audioDevices(), IsEmpty());
     EXPECT_EQ(command(call->path(), "AudioControl1", "UpdateAudioRouteState", {1, true, "mic", "ear"}),
         "org.freedesktop.DBus.Error.InvalidArgs");
@@ -155,8 +159,15 @@ TEST_F(Audio, ARequestOnItsWayCanBeTakenBack)
         ElementsAre("RequestMute /org/example/calls/call1 true", "RequestMute /org/example/calls/call1 false",
             "RequestAudioRoute /org/example/calls/call1 headset ear",
             "RequestAudioRoute /org/example/calls/call1 mic ear"));
+}
+
+TEST_F(Audio, WhatTheHostTellsSettlesEarlierRequests)
+{
+    bringUp();
+    call->requestMicrophoneMute(true);
+    call->requestAudioRoute("headset", "ear");
     mute(false);
-    EXPECT_EQ(call->requestMicrophoneMute(false), Outcome::Unchanged);
+    EXPECT_EQ(call->requestMicrophoneMute(false), Outcome::Unchanged) << "the host has not granted the mute";
     EXPECT_EQ(call->requestAudioRoute("mic", "ear"), Outcome::Unchanged);
 }
 
@@ -216,6 +227,17 @@ TEST_F(Audio, ReportsThatLagBehindAreNotSentBack)
     EXPECT_EQ(call->reportMicrophoneMuted(true), Outcome::Unchanged);
     EXPECT_EQ(call->reportMicrophoneMuted(false), Outcome::Unchanged);
     EXPECT_THAT(wire(), IsEmpty());
+}
+
+TEST_F(Audio, AChangeOfDevicesTellsNothingOfTheMute)
+{
+    bringUp();
+    mute(true);
+    call->reportMicrophoneMuted(true);
+    updateAudioRoute(call, true, "headset", "headset");
+    EXPECT_EQ(call->reportMicrophoneMuted(false), Outcome::Sent);
+    mute(false);
+    EXPECT_EQ(call->reportMicrophoneMuted(true), Outcome::Sent);
 }
 
 TEST_F(Audio, WhatTheHostGrantsIsNoNewsToTheApplicationThatAsked)

@@ -147,6 +147,36 @@ TEST_F(Manager, ACallThatIsKeptBackIsLetOutWhenTheHostDies)
     EXPECT_EQ(announced.size(), 1);
 }
 
+TEST_F(Manager, ACallThatIsKeptBackIsLetOutWhenTheHostRefuses)
+{
+    host.refuseWith("org.freedesktop.DBus.Error.AccessDenied");
+    Call *call = nullptr;
+    QObject::connect(calls.get(), &CallManager::stateChanged, [&](State state) {
+        if (state == State::Registering)
+            call = calls->addCall({});
+    });
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(waitForState(State::Refused));
+    EXPECT_TRUE(host.waitForWire("InterfacesAdded /org/example/calls/call1 3"));
+}
+
+TEST_F(Manager, AnAnswerOfAnEarlierHostSaysNothingOfThisOne)
+{
+    host.holdAnswers();
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(host.waitForWire("GetManagedObjects"));
+    FakeHost next;
+    next.holdAnswers();
+    host.dropName();
+    ASSERT_TRUE(next.takeName());
+    ASSERT_TRUE(waitFor([&] { return calls->hostOwner() == next.uniqueName(); }));
+    host.answerRegistrations();
+    host.settle(path);
+    EXPECT_EQ(calls->state(), State::Registering);
+    next.answerRegistrations();
+    EXPECT_TRUE(waitForState(State::Registered));
+}
+
 TEST_F(Manager, TellsWhyAHostRefuses)
 {
     host.refuseWith("org.freedesktop.DBus.Error.AccessDenied");
