@@ -3,35 +3,79 @@
 
 #include "application.h"
 
-#include <QtDBus/QDBusPendingCallWatcher>
+#include "words.h"
 
-Application::Application(const QString &host, const QStringList &managers, const QDBusConnection &connection,
-    EventLog &events, QObject *parent)
+#include <algorithm>
+
+using Ringlet::Call;
+using Ringlet::CallManager;
+
+Application::Application(
+    const QString &name, const QString &host, const QStringList &managers, EventLog &events, QObject *parent)
     : QObject(parent),
-      m_connection(connection)
+      m_endpoint(name, events)
 {
-    for (const QString &path : managers) {
-        auto *manager = new CallManager(path, this);
-        m_managers.append(manager);
-        m_trees.append(new ObjectTree(*manager, connection, events, this));
-    }
-    m_host = new HostLink(host, managers, connection, events, this);
-    connect(m_host, &HostLink::registering, this, [this](const QString &path) { findManager(path)->keepBack(); });
-    connect(m_host, &HostLink::settled, this, [this](const QString &path) { findManager(path)->letOut(); });
-    connect(m_host, &HostLink::shown, this, &Application::onShown);
-    connect(m_host, &HostLink::gone, this, &Application::onHostGone);
-    m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SIGNAL(busLost()));
+    if (!isConnected())
+        return;
+    m_endpoint.onDisconnected(this, SIGNAL(busLost()));
+    for (const QString &path : managers)
+        addManager(path, host);
+    followHost(*m_managers.constFirst());
 }
 
-// The trees refer to the managers.
-Application::~Application() { qDeleteAll(m_trees); }
+Application::~Application() { stopReporting(); }
 
-void Application::start()
+// What becomes of the calls when their managers go is nothing that happens to the application.
+void Application::stopReporting()
 {
-    for (ObjectTree *tree : qAsConst(m_trees))
-        tree->putOnBus();
-    m_host->start();
+    qDeleteAll(m_calls);
+    m_calls.clear();
+}
+
+void Application::leave()
+{
+    m_endpoint.cut();
+    stopReporting();
+}
+
+void Application::addManager(const QString &path, const QString &host)
+{
+    auto *manager = new CallManager(path, host, m_endpoint.connection(), this);
+    m_managers.append(manager);
+    connect(manager, &CallManager::callAdded, this, &Application::takeCall);
+    connect(manager, &CallManager::stateChanged, this, [this, manager] { onStateChanged(*manager); });
+    connect(manager, &CallManager::flushed, this, &Application::onFlushed);
+    connect(manager, &CallManager::lateCommand, this, [this](const QString &object, const QString &method) {
+        m_endpoint.report(QStringLiteral("late %1 %2").arg(object, method));
+    });
+}
+
+// They all see the same host; one of them tells of it.
+void Application::followHost(const CallManager &manager)
+{
+    connect(&manager, &CallManager::hostAppeared, this,
+        [this](const QString &owner) { m_endpoint.report(QStringLiteral("host appeared ") + owner); });
+    connect(&manager, &CallManager::hostVanished, this, [this] { m_endpoint.report(QStringLiteral("host gone")); });
+}
+
+void Application::onStateChanged(const CallManager &manager)
+{
+    if (manager.state() == CallManager::State::Registered)
+        m_endpoint.report(QStringLiteral("registered ") + manager.path());
+    if (manager.state() == CallManager::State::Refused)
+        m_endpoint.report(
+            QStringLiteral("refused %1 %2 %3").arg(manager.path(), manager.errorName(), quoted(manager.errorString())));
+    if (manager.state() == CallManager::State::Waiting && &manager == m_managers.constFirst())
+        m_endpoint.report(QStringLiteral("waiting for host ") + manager.hostName());
+}
+
+QString Application::hostState() const
+{
+    if (m_managers.constFirst()->hostOwner().isEmpty())
+        return QStringLiteral("absent");
+    const bool isRegistered = std::all_of(m_managers.begin(), m_managers.end(),
+        [](const CallManager *manager) { return manager->state() == CallManager::State::Registered; });
+    return isRegistered ? QStringLiteral("registered") : QStringLiteral("present");
 }
 
 QStringList Application::managerPaths() const
@@ -42,69 +86,35 @@ QStringList Application::managerPaths() const
     return paths;
 }
 
-CallManager *Application::findManager(const QString &path) const
+SimulatedCall *Application::addCall(const Ringlet::CallDescription &description, const QString &manager)
 {
-    for (CallManager *manager : m_managers) {
-        if (path.isEmpty() || manager->path() == path)
-            return manager;
-    }
-    return nullptr;
-}
-
-Call *Application::addCall(const CallDescription &description)
-{
-    CallManager *manager = findManager(description.manager);
-    if (!manager)
+    const int index = manager.isEmpty() ? 0 : managerPaths().indexOf(manager);
+    if (index < 0)
         return nullptr;
-    Call *call = manager->add(description);
-    m_ended.remove(call->name());
-    connect(call, &Call::ended, this, [this, call] { m_ended.insert(call->name()); });
-    return call;
+    m_managers.at(index)->addCall(description);
+    return m_calls.value(description.name);
 }
 
-Call *Application::findCall(const QString &name) const
+void Application::takeCall(Call *call)
 {
-    for (const CallManager *manager : m_managers) {
-        if (Call *call = manager->find(name))
-            return call;
-    }
-    return nullptr;
+    const QString name = call->description().name;
+    m_calls.insert(name, new SimulatedCall(*call, m_endpoint.label(name), m_endpoint.events()));
+    m_ended.remove(name);
+    connect(call, &Call::ended, this, [this, name] {
+        m_calls.remove(name);
+        m_ended.insert(name);
+    });
 }
 
-QList<Call *> Application::calls() const
+void Application::end()
 {
-    QList<Call *> calls;
-    for (const CallManager *manager : m_managers)
-        calls += manager->calls();
-    return calls;
+    m_unflushed = m_managers.size();
+    for (CallManager *manager : qAsConst(m_managers))
+        manager->endCalls();
 }
 
-void Application::onShown(const QString &path, const InterfaceMap &interfaces)
+void Application::onFlushed()
 {
-    const QVariant status = interfaces.value(QStringLiteral("zelkovar.Call.Call1")).value(QStringLiteral("Status"));
-    if (status.userType() != QMetaType::UInt)
-        return;
-    for (const ObjectTree *tree : m_trees) {
-        if (CallObject *object = tree->find(path))
-            object->onShown(status.toUInt());
-    }
-}
-
-void Application::onHostGone() const
-{
-    for (Call *call : calls()) {
-        call->setShown(false);
-        call->forgetAudio();
-    }
-}
-
-// The bus handles the messages of a connection in order: when it has answered, it has them all.
-void Application::leave()
-{
-    for (Call *call : calls())
-        call->end();
-    const QDBusMessage ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
-    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(ping), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, &Application::left);
+    if (--m_unflushed == 0)
+        emit ended();
 }

@@ -4,58 +4,68 @@
 #ifndef SIMULATOR_APPLICATION_H
 #define SIMULATOR_APPLICATION_H
 
-#include "callmanager.h"
-#include "hostlink.h"
-#include "objecttree.h"
+#include "endpoint.h"
+#include "simulatedcall.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QSet>
+#include <RingletClient/callmanager.h>
 
-/** A simulated application: one connection to the bus, its call managers, their calls. */
+/** An application that does everything right: its call managers, their calls, and what happens to them. */
 class Application : public QObject
 {
     Q_OBJECT
 public:
-    /** `managers` are object paths, at least one; `connection` is connected. */
-    Application(const QString &host, const QStringList &managers, const QDBusConnection &connection, EventLog &events,
-        QObject *parent = nullptr);
+    /** `managers` are object paths, at least one; `host` is the bus name of the host. */
+    Application(
+        const QString &name, const QString &host, const QStringList &managers, EventLog &events, QObject *parent);
     ~Application() override;
 
-    /** Registers with the host from now on. Calls made before this are in the host's first picture. */
-    void start();
+    /** If not, nothing else can be done with it. */
+    bool isConnected() const { return m_endpoint.isConnected(); }
 
-    const HostLink &host() const { return *m_host; }
+    /** "registered", "present" (not registered, or not with every manager) or "absent". */
+    QString hostState() const;
+
     QStringList managerPaths() const;
 
-    /** Null when the description names a manager that this application does not have. */
-    Call *addCall(const CallDescription &description);
+    /** What commands and events call the call of this name. */
+    QString label(const QString &call) const { return m_endpoint.label(call); }
 
-    /** Null when there is none. */
-    Call *findCall(const QString &name) const;
+    /** `manager` is the path of one; empty for the first. Null when there is none. */
+    SimulatedCall *addCall(const Ringlet::CallDescription &description, const QString &manager);
 
-    QList<Call *> calls() const;
+    /** By name. */
+    const QMap<QString, SimulatedCall *> &calls() const { return m_calls; }
 
-    /** Whether a call of this name has come to its end. */
-    bool hasEnded(const QString &name) const { return m_ended.contains(name); }
+    /** Names of calls that have come to their end. */
+    const QSet<QString> &endedCalls() const { return m_ended; }
 
-    /** Ends all calls; left() is emitted when everything that was sent has reached the bus. */
+    /** Leaves the bus without a word. busLost() tells when it is done. */
     void leave();
 
-Q_SIGNALS:
-    void left();
+    /** Ends all calls; ended() is emitted when everything that was sent has reached the bus. */
+    void end();
 
-    /** The bus has gone; nothing can be sent or received any more. */
+Q_SIGNALS:
+    void ended();
+
+    /** Nothing can be sent or received any more. */
     void busLost();
 
 private:
-    CallManager *findManager(const QString &path) const;
-    void onShown(const QString &path, const InterfaceMap &interfaces);
-    void onHostGone() const;
+    void addManager(const QString &path, const QString &host);
+    void followHost(const Ringlet::CallManager &manager);
+    void onStateChanged(const Ringlet::CallManager &manager);
+    void takeCall(Ringlet::Call *call);
+    void onFlushed();
+    void stopReporting();
 
-    QDBusConnection m_connection;
-    QList<CallManager *> m_managers;
-    QList<ObjectTree *> m_trees;
-    HostLink *m_host;
+    Endpoint m_endpoint;
+    QVector<Ringlet::CallManager *> m_managers;
+    QMap<QString, SimulatedCall *> m_calls;
     QSet<QString> m_ended;
+    int m_unflushed = 0;
 };
 
 #endif

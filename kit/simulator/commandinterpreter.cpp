@@ -3,112 +3,22 @@
 
 #include "commandinterpreter.h"
 
-#include "callstatus.h"
+#include "callfacts.h"
+#include "hostrequest.h"
+#include "managerpaths.h"
+#include "rawcommands.h"
 #include "words.h"
 
 #include <QtCore/QRegularExpression>
+#include <csignal>
 
-static QString yesNo(bool yes) { return yes ? QStringLiteral("yes") : QStringLiteral("no"); }
+using Outcome = SimulatedCall::Outcome;
 
-// The truth of `word`, which is `yes` or `no`; what is wrong, empty if nothing.
-static QString readChoice(const QString &word, const QString &yes, const QString &no, bool *truth)
-{
-    *truth = word == yes;
-    return word == yes || word == no ? QString() : QStringLiteral("\"%1\" is neither %2 nor %3").arg(word, yes, no);
-}
+static constexpr int mostCalls = 10000;
 
 static QString readOnOff(const QString &word, bool *on)
 {
     return readChoice(word, QStringLiteral("on"), QStringLiteral("off"), on);
-}
-
-// --- The options of a new call
-
-using SetOption = QString (*)(CallDescription *description, const QString &value);
-
-template <bool CallDescription::*member>
-static QString setFlag(CallDescription *description, const QString &value)
-{
-    return readChoice(value, QStringLiteral("yes"), QStringLiteral("no"), &(description->*member));
-}
-
-template <QString CallDescription::*member>
-static QString setText(CallDescription *description, const QString &value)
-{
-    description->*member = value;
-    return {};
-}
-
-static const struct
-{
-    const char *key;
-    SetOption set;
-} callOptions[] = {
-    {"name", setText<&CallDescription::remoteName>},
-    {"tones", setFlag<&CallDescription::tones>},
-    {"hold", setFlag<&CallDescription::holdable>},
-    {"audio", setFlag<&CallDescription::audio>},
-    {"manager", setText<&CallDescription::manager>},
-};
-
-static QString readCallOption(const QString &word, CallDescription *description)
-{
-    for (const auto &option : callOptions) {
-        const QString start = QLatin1String(option.key) + QLatin1Char('=');
-        if (!word.startsWith(start))
-            continue;
-        const QString error = option.set(description, word.mid(start.size()));
-        return error.isEmpty() ? error : QStringLiteral("%1: %2").arg(QLatin1String(option.key), error);
-    }
-    return QStringLiteral("\"%1\" is no option of a call; there are name=, tones=, hold=, audio= and manager=")
-        .arg(word);
-}
-
-// The name becomes an element of an object path; and `check` has two subjects that are no calls.
-static QString nameFault(const QString &name)
-{
-    static const QRegularExpression element(QStringLiteral("^[A-Za-z0-9_]+$"));
-    if (name == QLatin1String("host") || name == QLatin1String("calls"))
-        return QStringLiteral("a call cannot be named \"%1\"").arg(name);
-    if (!element.match(name).hasMatch())
-        return QStringLiteral("a call cannot be named \"%1\": letters, digits and _ only").arg(name);
-    return {};
-}
-
-// --- What `check` can look at
-
-using ReadCall = QString (*)(const Call &call);
-
-static const struct
-{
-    const char *name;
-    ReadCall read;
-} callFacts[] = {
-    {"status", [](const Call &call) { return CallStatus::name(call.status()); }},
-    {"shown", [](const Call &call) { return yesNo(call.isShown()); }},
-    {"tones", [](const Call &call) { return call.tones(); }},
-    {"muted",
-        [](const Call &call) {
-            return call.audioRoute() ? yesNo(call.audioRoute()->muted) : QStringLiteral("unknown");
-        }},
-    {"input",
-        [](const Call &call) { return call.audioRoute() ? call.audioRoute()->input : QStringLiteral("unknown"); }},
-    {"output",
-        [](const Call &call) { return call.audioRoute() ? call.audioRoute()->output : QStringLiteral("unknown"); }},
-    {"devices", [](const Call &call) { return QString::number(call.audioDevices().size()); }},
-};
-
-static QString readFact(const Call &call, const QString &fact, QString *value)
-{
-    QStringList names;
-    for (const auto &known : callFacts) {
-        names.append(QLatin1String(known.name));
-        if (fact == names.constLast()) {
-            *value = known.read(call);
-            return {};
-        }
-    }
-    return QStringLiteral("a call has no \"%1\"; it has %2").arg(fact, names.join(QStringLiteral(", ")));
 }
 
 static QString compare(const QString &what, const QString &is, const QString &expected)
@@ -118,25 +28,124 @@ static QString compare(const QString &what, const QString &is, const QString &ex
     return QStringLiteral("%1 is %2, not %3").arg(what, quoted(is), quoted(expected));
 }
 
+// --- Names of calls, in which * stands for anything
+
+static bool matches(const QString &name, const QString &pattern)
+{
+    return QRegularExpression(QRegularExpression::wildcardToRegularExpression(pattern)).match(name).hasMatch();
+}
+
+static QStringList matching(const QStringList &names, const QString &pattern)
+{
+    if (!pattern.contains(QLatin1Char('*')))
+        return names.contains(pattern) ? QStringList(pattern) : QStringList();
+    QStringList found;
+    for (const QString &name : names) {
+        if (matches(name, pattern))
+            found.append(name);
+    }
+    return found;
+}
+
+static QString noCall(const QString &label, const Application &application)
+{
+    const QStringList names = application.calls().keys();
+    return QStringLiteral("there is no call \"%1\"; calls: %2")
+        .arg(label, names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", ")));
+}
+
 // --- Outcomes
 
-static QString outcomeText(Call::Outcome outcome, const Call &call, const QString &what)
+struct Deed
 {
+    const char *what;
+    /** The statuses in which it can be done. */
+    const char *statuses;
+    /** The option of a call without which it cannot. */
+    const char *option;
+};
+
+static const Deed answering = {"be answered", "incoming or dialing", ""};
+static const Deed holding = {"change hold", "active or held", "hold"};
+static const Deed muting = {"ask for mute", "dialing or active", "audio"};
+static const Deed routing = {"ask for a route", "dialing or active", "audio"};
+
+static QString outcomeText(Outcome outcome, const SimulatedCall &call, const Deed &deed)
+{
+    const QString cannot = QStringLiteral("%1 cannot %2").arg(call.label(), QLatin1String(deed.what));
     switch (outcome) {
-    case Call::Outcome::Unchanged:
-        EventLog::print(QStringLiteral("%1 unchanged").arg(call.name()));
-        return {};
-    case Call::Outcome::Impossible:
-        return QStringLiteral("%1 cannot %2: it is %3, and was made with %4")
-            .arg(call.name(), what, CallStatus::name(call.status()),
-                QStringLiteral("hold=%1 audio=%2")
-                    .arg(yesNo(call.description().holdable), yesNo(call.description().audio)));
-    case Call::Outcome::TooEarly:
-        return QStringLiteral("%1 cannot %2 yet: the host has sent it no UpdateAudioRouteState").arg(call.name(), what);
-    case Call::Outcome::Done:
+    case Outcome::Sent:
         break;
+    case Outcome::Unchanged:
+        EventLog::print(call.label() + QStringLiteral(" unchanged"));
+        break;
+    case Outcome::WrongStatus:
+        return QStringLiteral("%1: it is %2, and has to be %3")
+            .arg(cannot, Ringlet::statusName(call.call().status()), QLatin1String(deed.statuses));
+    case Outcome::Unsupported:
+        return QStringLiteral("%1: it was made with %2=no").arg(cannot, QLatin1String(deed.option));
+    case Outcome::TooEarly:
+        return cannot + QStringLiteral(" yet: the host has sent it no UpdateAudioRouteState");
     }
     return {};
+}
+
+// --- What can be wrong with words before anything is done
+
+static QString newCallFault(const QStringList &words)
+{
+    NewCall call;
+    return readNewCall(words, &call);
+}
+
+static QString readCount(const QString &word, int *count)
+{
+    *count = word.toInt();
+    return *count >= 1 && *count <= mostCalls
+        ? QString()
+        : QStringLiteral("\"%1\" is no number from 1 to %2").arg(word).arg(mostCalls);
+}
+
+static QString readDirection(const QString &word, bool *incoming)
+{
+    return readChoice(word, QStringLiteral("incoming"), QStringLiteral("outgoing"), incoming);
+}
+
+static QString manyFault(const QStringList &words)
+{
+    int count = 0;
+    bool incoming = false;
+    QString error = readCount(words.at(0), &count);
+    if (error.isEmpty())
+        error = readDirection(words.at(1), &incoming);
+    return error.isEmpty() ? newCallFault(words.mid(2)) : error;
+}
+
+static QString readManagers(const QStringList &words, QStringList *paths)
+{
+    const QString key = QStringLiteral("manager=");
+    for (const QString &word : words) {
+        if (!word.startsWith(key))
+            return QStringLiteral("\"%1\" is no option of an application; there is manager=").arg(word);
+        paths->append(word.mid(key.size()));
+    }
+    return managersFault(*paths);
+}
+
+static QString applicationFault(const QStringList &words)
+{
+    QStringList managers;
+    const QString error = nameFault(QStringLiteral("an application"), words.at(0));
+    return error.isEmpty() ? readManagers(words.mid(1), &managers) : error;
+}
+
+// The first application, which has no name, cannot leave.
+static QString leaveFault(const QStringList &words) { return nameFault(QStringLiteral("an application"), words.at(0)); }
+
+static QString rawFault(const QStringList &words)
+{
+    const QString error = nameFault(QStringLiteral("an application"), words.at(0));
+    return error.isEmpty() && words.size() > 1 ? RawCommands::fault(words.mid(1)) : error;
 }
 
 // --- The commands
@@ -154,6 +163,8 @@ struct CommandInterpreter::Command
     int minimum;
     int maximum;
     QString (CommandInterpreter::*execute)(const QStringList &words);
+    /** What else is wrong with the words, before anything is done. */
+    QString (*fault)(const QStringList &words) = nullptr;
 };
 
 const QList<CommandInterpreter::Command> &CommandInterpreter::commands()
@@ -161,9 +172,13 @@ const QList<CommandInterpreter::Command> &CommandInterpreter::commands()
     static const QList<Command> commands = {
         {QStringLiteral("incoming"), QStringLiteral("CALL ADDRESS [OPTION...]"),
             QStringLiteral("a call comes in; options: name=TEXT tones=no hold=no audio=no manager=PATH"), 2, 7,
-            &CommandInterpreter::addIncoming},
+            &CommandInterpreter::addIncoming, newCallFault},
         {QStringLiteral("outgoing"), QStringLiteral("CALL ADDRESS [OPTION...]"),
-            QStringLiteral("a call goes out, dialing; the same options"), 2, 7, &CommandInterpreter::addOutgoing},
+            QStringLiteral("a call goes out, dialing; the same options"), 2, 7, &CommandInterpreter::addOutgoing,
+            newCallFault},
+        {QStringLiteral("many"), QStringLiteral("COUNT incoming|outgoing CALL ADDRESS [OPTION...]"),
+            QStringLiteral("so many calls, CALL1, CALL2, ...; % in ADDRESS becomes the number"), 4, 9,
+            &CommandInterpreter::addMany, manyFault},
         {QStringLiteral("answer"), QStringLiteral("CALL"),
             QStringLiteral("answered: an incoming call here, a dialing one by the far end"), 1, 1,
             &CommandInterpreter::answer},
@@ -184,6 +199,21 @@ const QList<CommandInterpreter::Command> &CommandInterpreter::commands()
             QStringLiteral("facts: status shown tones muted input output devices; an ended call has status gone; host: "
                            "registered present absent"),
             2, 3, &CommandInterpreter::check},
+        {QStringLiteral("application"), QStringLiteral("NAME [manager=PATH]..."),
+            QStringLiteral("a further application; its calls are NAME/CALL, its host and calls NAME/host, NAME/calls"),
+            1, 9, &CommandInterpreter::addApplication, applicationFault},
+        {QStringLiteral("leave"), QStringLiteral("NAME"),
+            QStringLiteral("the application's connection closes without a word"), 1, 1, &CommandInterpreter::leave,
+            leaveFault},
+        {QStringLiteral("raw"), QStringLiteral("NAME"),
+            QStringLiteral("an application that does what it is told and nothing else, right or wrong:"), 1, 100,
+            &CommandInterpreter::raw, rawFault},
+        {QStringLiteral("ask"), QStringLiteral("WORD..."),
+            QStringLiteral("print what is to be done at the host: answer, hangup, hold, dtmf, mute, input, output, "
+                           "restart"),
+            1, 3, &CommandInterpreter::ask, hostRequestFault},
+        {QStringLiteral("die"), QString(), QStringLiteral("end the whole program as SIGKILL does"), 0, 0,
+            &CommandInterpreter::die},
         {QStringLiteral("help"), QString(), QStringLiteral("this list"), 0, 0, &CommandInterpreter::showHelp},
         {QStringLiteral("quit"), QString(), QStringLiteral("end all calls and leave"), 0, 0, &CommandInterpreter::quit},
     };
@@ -199,9 +229,9 @@ const CommandInterpreter::Command *CommandInterpreter::findCommand(const QString
     return nullptr;
 }
 
-CommandInterpreter::CommandInterpreter(Application &application, QObject *parent)
-    : QObject(parent),
-      m_application(application)
+CommandInterpreter::CommandInterpreter(Simulation &simulation, EventLog &events)
+    : m_simulation(simulation),
+      m_events(events)
 {
 }
 
@@ -213,7 +243,7 @@ QString CommandInterpreter::fault(const QStringList &words)
     const int count = words.size() - 1;
     if (count < command->minimum || count > command->maximum)
         return QStringLiteral("usage: ") + usageOf(command->name, command->usage);
-    return {};
+    return command->fault ? command->fault(words.mid(1)) : QString();
 }
 
 QString CommandInterpreter::execute(const QStringList &words)
@@ -227,21 +257,36 @@ QString CommandInterpreter::execute(const QStringList &words)
 QString CommandInterpreter::help()
 {
     QStringList lines;
-    for (const Command &command : commands())
+    for (const Command &command : commands()) {
         lines.append(QStringLiteral("  %1\n        %2").arg(usageOf(command.name, command.usage), command.help));
+        if (command.name == QLatin1String("raw"))
+            lines.append(RawCommands::help());
+    }
     return lines.join(QLatin1Char('\n'));
 }
 
-QString CommandInterpreter::withCall(const QString &name, const std::function<QString(Call &)> &action) const
+QString CommandInterpreter::withApplication(
+    const QString &name, const std::function<QString(Application &)> &action) const
 {
-    if (Call *call = m_application.findCall(name))
-        return action(*call);
-    QStringList names;
-    for (const Call *call : m_application.calls())
-        names.append(call->name());
-    return QStringLiteral("there is no call \"%1\"; calls: %2")
-        .arg(name, names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", ")));
+    if (Application *application = m_simulation.application(name))
+        return action(*application);
+    if (m_simulation.rawApplication(name))
+        return QStringLiteral("\"%1\" is a raw application; it has no calls but what raw %1 sends").arg(name);
+    return QStringLiteral("there is no application \"%1\"; applications: %2").arg(name, m_simulation.names());
 }
+
+QString CommandInterpreter::withCalls(const QString &label, const std::function<QString(SimulatedCall &)> &action) const
+{
+    return withApplication(applicationOf(label), [&](Application &application) {
+        const QStringList names = matching(application.calls().keys(), callOf(label));
+        QString error = names.isEmpty() ? noCall(label, application) : QString();
+        for (int i = 0; i < names.size() && error.isEmpty(); ++i)
+            error = action(*application.calls().value(names.at(i)));
+        return error;
+    });
+}
+
+// --- Calls
 
 QString CommandInterpreter::addIncoming(const QStringList &words) { return addCall(words, true); }
 
@@ -249,32 +294,43 @@ QString CommandInterpreter::addOutgoing(const QStringList &words) { return addCa
 
 QString CommandInterpreter::addCall(const QStringList &words, bool incoming)
 {
-    CallDescription description;
-    description.name = words.at(0);
-    description.address = words.at(1);
-    description.incoming = incoming;
-    QString error = nameFault(description.name);
-    for (int i = 2; i < words.size() && error.isEmpty(); ++i)
-        error = readCallOption(words.at(i), &description);
+    NewCall call = newCall(incoming);
+    const QString error = readNewCall(words, &call);
     if (!error.isEmpty())
         return error;
-    if (m_application.findCall(description.name))
-        return QStringLiteral("there is a call \"%1\" already").arg(description.name);
-    if (!m_application.addCall(description))
-        return QStringLiteral("there is no call manager \"%1\"; there is %2")
-            .arg(description.manager, m_application.managerPaths().join(QStringLiteral(", ")));
-    return {};
+    return withApplication(call.application, [&](Application &application) {
+        if (application.calls().contains(call.description.name))
+            return QStringLiteral("there is a call \"%1\" already").arg(words.at(0));
+        if (!application.addCall(call.description, call.manager))
+            return QStringLiteral("there is no call manager \"%1\"; there is %2")
+                .arg(call.manager, application.managerPaths().join(QStringLiteral(", ")));
+        return QString();
+    });
+}
+
+QString CommandInterpreter::addMany(const QStringList &words)
+{
+    int count = 0;
+    bool incoming = false;
+    readCount(words.at(0), &count);
+    QString error = readDirection(words.at(1), &incoming);
+    for (int i = 1; i <= count && error.isEmpty(); ++i) {
+        const QString number = QString::number(i);
+        QString address = words.at(3);
+        error = addCall(
+            QStringList{words.at(2) + number, address.replace(QLatin1Char('%'), number)} + words.mid(4), incoming);
+    }
+    return error;
 }
 
 QString CommandInterpreter::answer(const QStringList &words)
 {
-    return withCall(
-        words.at(0), [](Call &call) { return outcomeText(call.answer(), call, QStringLiteral("be answered")); });
+    return withCalls(words.at(0), [](SimulatedCall &call) { return outcomeText(call.answer(), call, answering); });
 }
 
 QString CommandInterpreter::hangUp(const QStringList &words)
 {
-    return withCall(words.at(0), [](Call &call) {
+    return withCalls(words.at(0), [](SimulatedCall &call) {
         call.end();
         return QString();
     });
@@ -282,76 +338,118 @@ QString CommandInterpreter::hangUp(const QStringList &words)
 
 QString CommandInterpreter::hold(const QStringList &words)
 {
-    return withCall(words.at(0), [&](Call &call) {
+    return withCalls(words.at(0), [&](SimulatedCall &call) {
         bool on = false;
         const QString error = readOnOff(words.at(1), &on);
-        return error.isEmpty() ? outcomeText(call.setHold(on), call, QStringLiteral("change hold")) : error;
+        return error.isEmpty() ? outcomeText(call.setHold(on), call, holding) : error;
     });
 }
 
 QString CommandInterpreter::mute(const QStringList &words)
 {
-    return withCall(words.at(0), [&](Call &call) {
+    return withCalls(words.at(0), [&](SimulatedCall &call) {
         bool on = false;
         const QString error = readOnOff(words.at(1), &on);
-        return error.isEmpty() ? outcomeText(call.askForMute(on), call, QStringLiteral("ask for mute")) : error;
+        return error.isEmpty() ? outcomeText(call.requestMute(on), call, muting) : error;
     });
 }
 
 QString CommandInterpreter::route(const QStringList &words)
 {
-    return withCall(words.at(0), [&](Call &call) {
-        return outcomeText(call.askForRoute(words.at(1), words.at(2)), call, QStringLiteral("ask for a route"));
-    });
+    return withCalls(words.at(0),
+        [&](SimulatedCall &call) { return outcomeText(call.requestRoute(words.at(1), words.at(2)), call, routing); });
 }
 
 QString CommandInterpreter::status(const QStringList &words)
 {
-    return withCall(words.at(0), [&](Call &call) {
+    return withCalls(words.at(0), [&](SimulatedCall &call) {
         bool isNumber = false;
         const uint status = words.at(1).toUInt(&isNumber);
-        if (!isNumber || status >= CallStatus::Count)
+        if (!isNumber || status > 7)
             return QStringLiteral("\"%1\" is no status; it is a number from 0 to 7").arg(words.at(1));
-        return outcomeText(call.setStatus(status), call, QString());
+        return outcomeText(call.setStatus(Ringlet::CallStatus(status)), call, {});
     });
 }
 
+// --- What there is
+
 QString CommandInterpreter::listCalls(const QStringList &)
 {
-    for (const Call *call : m_application.calls())
-        EventLog::print(QStringLiteral("call %1 status %2 shown %3 %4 %5")
-                            .arg(call->name(), CallStatus::text(call->status()), yesNo(call->isShown()),
-                                quoted(call->description().address), quoted(call->description().remoteName)));
-    EventLog::print(QStringLiteral("calls %1").arg(m_application.calls().size()));
+    const QList<SimulatedCall *> calls = m_simulation.calls();
+    for (const SimulatedCall *call : calls)
+        EventLog::print(
+            QStringLiteral("call %1 status %2 shown %3 %4 %5")
+                .arg(call->label(), statusText(call->call().status()), yesNo(call->call().isShown()),
+                    quoted(call->call().description().address), quoted(call->call().description().remoteName)));
+    EventLog::print(QStringLiteral("calls %1").arg(calls.size()));
     return {};
-}
-
-static QString checkHost(const HostLink &host, const QString &state)
-{
-    QString is = QStringLiteral("absent");
-    if (host.isPresent())
-        is = host.isRegistered() ? QStringLiteral("registered") : QStringLiteral("present");
-    return compare(QStringLiteral("host"), is, state);
 }
 
 QString CommandInterpreter::check(const QStringList &words)
 {
-    const QString subject = words.at(0);
-    if (subject == QLatin1String("host") && words.size() == 2)
-        return checkHost(m_application.host(), words.at(1));
-    if (subject == QLatin1String("calls") && words.size() == 2)
-        return compare(QStringLiteral("number of calls"), QString::number(m_application.calls().size()), words.at(1));
-    if (words.size() != 3)
+    return withApplication(applicationOf(words.at(0)), [&](Application &application) {
+        const QString subject = callOf(words.at(0));
+        if (subject == QLatin1String("host") && words.size() == 2)
+            return compare(words.at(0), application.hostState(), words.at(1));
+        if (subject == QLatin1String("calls") && words.size() == 2)
+            return compare(QStringLiteral("number of calls"), QString::number(application.calls().size()), words.at(1));
+        if (words.size() == 3)
+            return checkCalls(application, words);
         return QStringLiteral("usage: check ") + findCommand(QStringLiteral("check"))->usage;
-
-    const QString what = subject + QLatin1Char(' ') + words.at(1);
-    if (!m_application.findCall(subject) && m_application.hasEnded(subject))
-        return compare(what, QStringLiteral("gone"), words.at(2));
-    return withCall(subject, [&](Call &call) {
-        QString value;
-        const QString error = readFact(call, words.at(1), &value);
-        return error.isEmpty() ? compare(what, value, words.at(2)) : error;
     });
+}
+
+QString CommandInterpreter::checkCalls(const Application &application, const QStringList &words) const
+{
+    const QStringList known = application.calls().keys() + application.endedCalls().values();
+    const QStringList names = matching(known, callOf(words.at(0)));
+    QString error = names.isEmpty() ? noCall(words.at(0), application) : QString();
+    for (int i = 0; i < names.size() && error.isEmpty(); ++i) {
+        const SimulatedCall *call = application.calls().value(names.at(i));
+        QString value = QStringLiteral("gone");
+        if (call)
+            error = readFact(*call, words.at(1), &value);
+        if (error.isEmpty())
+            error
+                = compare(QStringLiteral("%1 %2").arg(application.label(names.at(i)), words.at(1)), value, words.at(2));
+    }
+    return error;
+}
+
+// --- Applications
+
+QString CommandInterpreter::addApplication(const QStringList &words)
+{
+    QStringList managers;
+    const QString error = readManagers(words.mid(1), &managers);
+    return error.isEmpty() ? m_simulation.addApplication(words.at(0), managers) : error;
+}
+
+QString CommandInterpreter::leave(const QStringList &words) { return m_simulation.leave(words.at(0)); }
+
+QString CommandInterpreter::raw(const QStringList &words)
+{
+    if (words.size() == 1)
+        return m_simulation.addRawApplication(words.at(0));
+    RawApplication *application = m_simulation.rawApplication(words.at(0));
+    if (!application)
+        return QStringLiteral("there is no raw application \"%1\"; \"raw %1\" makes one").arg(words.at(0));
+    RawCommands::execute(words.mid(1), *application);
+    return {};
+}
+
+// --- The rest
+
+QString CommandInterpreter::ask(const QStringList &words)
+{
+    m_events.add(QStringLiteral("please ") + words.join(QLatin1Char(' ')));
+    return {};
+}
+
+QString CommandInterpreter::die(const QStringList &)
+{
+    std::raise(SIGKILL);
+    return {};
 }
 
 QString CommandInterpreter::showHelp(const QStringList &)

@@ -4,7 +4,8 @@
 #ifndef SIMULATOR_COMMANDINTERPRETER_H
 #define SIMULATOR_COMMANDINTERPRETER_H
 
-#include "application.h"
+#include "newcall.h"
+#include "simulation.h"
 
 #include <functional>
 
@@ -13,9 +14,9 @@ class CommandInterpreter : public QObject
 {
     Q_OBJECT
 public:
-    explicit CommandInterpreter(Application &application, QObject *parent = nullptr);
+    CommandInterpreter(Simulation &simulation, EventLog &events);
 
-    /** What is wrong with a command as it is written: unknown, or too few or too many words. Empty if nothing. */
+    /** What is wrong with a command as it is written; empty if nothing. */
     static QString fault(const QStringList &words);
 
     /** Carries out a command; what went wrong, empty if nothing. */
@@ -36,6 +37,7 @@ private:
     // Each gets the words behind its name, as many as the command takes.
     QString addIncoming(const QStringList &words);
     QString addOutgoing(const QStringList &words);
+    QString addMany(const QStringList &words);
     QString answer(const QStringList &words);
     QString hangUp(const QStringList &words);
     QString hold(const QStringList &words);
@@ -44,13 +46,21 @@ private:
     QString status(const QStringList &words);
     QString listCalls(const QStringList &words);
     QString check(const QStringList &words);
+    QString addApplication(const QStringList &words);
+    QString leave(const QStringList &words);
+    QString raw(const QStringList &words);
+    QString ask(const QStringList &words);
+    QString die(const QStringList &words);
     QString showHelp(const QStringList &words);
     QString quit(const QStringList &words);
 
     QString addCall(const QStringList &words, bool incoming);
-    QString withCall(const QString &name, const std::function<QString(Call &)> &action) const;
+    QString checkCalls(const Application &application, const QStringList &words) const;
+    QString withApplication(const QString &name, const std::function<QString(Application &)> &action) const;
+    QString withCalls(const QString &label, const std::function<QString(SimulatedCall &)> &action) const;
 
-    Application &m_application;
+    Simulation &m_simulation;
+    EventLog &m_events;
 };
 
 #endif

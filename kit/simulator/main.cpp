@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "application.h"
 #include "commandinterpreter.h"
 #include "options.h"
 #include "scriptrunner.h"
@@ -10,7 +9,6 @@
 #include "words.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtDBus/QDBusError>
 #include <cstdio>
 
 namespace {
@@ -37,39 +35,36 @@ void obey(CommandInterpreter &interpreter, const QString &line)
         complain(error);
 }
 
-// Everything that drives the application; returns when it is to end.
-int run(const Options &options, const Script &script, const QDBusConnection &connection, EventLog &events)
+// Everything that drives the applications; returns when they are to end.
+int run(const Options &options, const Script &script, Simulation &simulation, EventLog &events)
 {
-    Application application(options.host, options.managers, connection, events);
-    CommandInterpreter interpreter(application);
+    CommandInterpreter interpreter(simulation, events);
     ScriptRunner runner(script, interpreter, events);
     StandardInput input;
     StopSignals stopSignals;
     int exitCode = Success;
 
-    const auto leave = [&] { application.leave(); };
-    QObject::connect(&application, &Application::left, [&] { QCoreApplication::exit(exitCode); });
-    QObject::connect(&application, &Application::busLost,
+    const auto end = [&] { simulation.end(); };
+    QObject::connect(&simulation, &Simulation::ended, [&] { QCoreApplication::exit(exitCode); });
+    QObject::connect(&simulation, &Simulation::busLost,
         [] { QCoreApplication::exit(complain(QStringLiteral("the session bus has gone"), NoBus)); });
-    QObject::connect(&interpreter, &CommandInterpreter::quitRequested, leave);
-    QObject::connect(&stopSignals, &StopSignals::received, leave);
-    QObject::connect(&input, &StandardInput::endedByUser, leave);
+    QObject::connect(&interpreter, &CommandInterpreter::quitRequested, end);
+    QObject::connect(&stopSignals, &StopSignals::received, end);
+    QObject::connect(&input, &StandardInput::endedByUser, end);
     QObject::connect(&input, &StandardInput::lineRead, [&](const QString &line) { obey(interpreter, line); });
     QObject::connect(&runner, &ScriptRunner::failed, [&](const QString &message) {
         exitCode = complain(message, ScriptFailed);
-        application.leave();
+        simulation.end();
     });
     QObject::connect(&runner, &ScriptRunner::succeeded, [&] {
         if (options.stay)
             input.start();
         else
-            application.leave();
+            simulation.end();
     });
 
-    events.add(QStringLiteral("connected ") + connection.baseService());
-    for (const CallDescription &call : options.calls)
-        application.addCall(call);
-    application.start();
+    for (const NewCall &call : options.calls)
+        simulation.application({})->addCall(call.description, call.manager);
     if (options.script.isEmpty())
         input.start();
     else
@@ -91,15 +86,14 @@ int main(int argc, char *argv[])
         return Success;
     }
     Script script;
-    const QString scriptFault = options.script.isEmpty() ? QString() : script.load(options.script);
+    const QString scriptFault = options.script.isEmpty() ? QString() : script.load(options.script, options.scriptName);
     if (!scriptFault.isEmpty())
         return complain(scriptFault, WrongUsage);
 
-    registerWireTypes();
-    const QDBusConnection connection
-        = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("application"));
-    if (!connection.isConnected())
-        return complain(QStringLiteral("no session bus: ") + connection.lastError().message(), NoBus);
     EventLog events;
-    return run(options, script, connection, events);
+    Simulation simulation(options.host, events);
+    const QString busFault = simulation.addApplication({}, options.managers);
+    if (!busFault.isEmpty())
+        return complain(busFault, NoBus);
+    return run(options, script, simulation, events);
 }

@@ -4,10 +4,14 @@
 #include "options.h"
 
 #include "commandinterpreter.h"
+#include "managerpaths.h"
+#include "scenarios.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QHash>
 #include <QtCore/QRegularExpression>
+
+using Ringlet::CallDescription;
 
 namespace {
 
@@ -30,6 +34,9 @@ struct CommandLine
         QStringLiteral("FEATURE")};
     QCommandLineOption script{QStringLiteral("script"),
         QStringLiteral("Run a script instead of reading commands, then end."), QStringLiteral("FILE")};
+    QCommandLineOption scenario{QStringLiteral("scenario"),
+        QStringLiteral("Run one of the scripts that are built in, then end."), QStringLiteral("NAME")};
+    QCommandLineOption listScenarios{QStringLiteral("list-scenarios"), QStringLiteral("List these scripts.")};
     QCommandLineOption stay{QStringLiteral("stay"), QStringLiteral("Do not end after the script; read commands then.")};
     QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this.")};
     QCommandLineOption version{QStringLiteral("version"), QStringLiteral("Show the version.")};
@@ -45,13 +52,14 @@ CommandLine::CommandLine()
     parser.setApplicationDescription(
         QStringLiteral("An application that carries calls, for trying a voice-call host.\n"
                        "It registers with the host, obeys it, and prints a line for everything that happens."));
-    parser.addOptions({host, manager, incoming, outgoing, name, without, script, stay, help, version});
+    parser.addOptions(
+        {host, manager, incoming, outgoing, name, without, script, scenario, listScenarios, stay, help, version});
 }
 
 QString CommandLine::helpText() const
 {
     return parser.helpText() + QStringLiteral("\nCommands, typed or in a script:\n") + CommandInterpreter::help()
-        + QStringLiteral("\n\nIn a script also: wait WORD...  timeout SECONDS  pause SECONDS"
+        + QStringLiteral("\n\nIn a script also: wait WORD...  until FACT...  timeout SECONDS  pause SECONDS"
                          "\nExit code: 0 done, 1 script failed, 2 wrong usage, 3 no bus.");
 }
 
@@ -62,81 +70,93 @@ bool isBusName(const QString &name)
     return name.size() <= 255 && form.match(name).hasMatch();
 }
 
-bool isManagerPath(const QString &path)
+// The features of the calls that the command line makes.
+QString readFeatures(const QStringList &missing, CallDescription *description)
 {
-    static const QRegularExpression form(QStringLiteral("^(/[A-Za-z0-9_]+)+$"));
-    return form.match(path).hasMatch();
-}
-
-QString managersFault(const QStringList &paths)
-{
-    for (const QString &path : paths) {
-        if (!isManagerPath(path))
-            return QStringLiteral("--manager: \"%1\" is no path for a call manager; one is like /my/calls").arg(path);
-        if (paths.count(path) > 1)
-            return QStringLiteral("--manager: %1 is given twice").arg(path);
-        for (const QString &other : paths) {
-            if (other.startsWith(path + QLatin1Char('/')))
-                return QStringLiteral("--manager: %1 lies among the calls of %2").arg(other, path);
-        }
+    static const QHash<QString, bool CallDescription::*> features
+        = {{QStringLiteral("tones"), &CallDescription::tones}, {QStringLiteral("hold"), &CallDescription::holdable},
+            {QStringLiteral("audio"), &CallDescription::audioControl}};
+    for (const QString &feature : missing) {
+        if (!features.contains(feature))
+            return QStringLiteral("--without: \"%1\" is no feature; there are tones, hold and audio").arg(feature);
+        description->*features.value(feature) = false;
     }
     return {};
 }
 
 // Options that make calls, in the order in which they stand on the command line.
-QList<CallDescription> readCalls(const CommandLine &line, const CallDescription &common)
+QString readCalls(const CommandLine &line, QList<NewCall> *calls)
 {
-    QList<CallDescription> calls;
+    CallDescription common;
+    common.remoteName = line.parser.value(line.name);
+    const QString error = readFeatures(line.parser.values(line.without), &common);
     QStringList incoming = line.parser.values(line.incoming);
     QStringList outgoing = line.parser.values(line.outgoing);
     for (const QString &option : line.parser.optionNames()) {
         const bool isIncoming = option == QLatin1String("incoming");
         if (!isIncoming && option != QLatin1String("outgoing"))
             continue;
-        CallDescription call = common;
-        call.incoming = isIncoming;
-        call.name = QStringLiteral("call%1").arg(calls.size() + 1);
-        call.address = (isIncoming ? incoming : outgoing).takeFirst();
-        calls.append(call);
+        NewCall call = newCall(isIncoming, common);
+        call.description.name = QStringLiteral("call%1").arg(calls->size() + 1);
+        call.description.address = (isIncoming ? incoming : outgoing).takeFirst();
+        calls->append(call);
     }
-    return calls;
+    return error;
+}
+
+QString readScript(const CommandLine &line, Options *options)
+{
+    const QString name = line.parser.value(line.scenario);
+    options->script = options->scriptName = line.parser.value(line.script);
+    options->stay = line.parser.isSet(line.stay);
+    if (line.parser.isSet(line.scenario) && line.parser.isSet(line.script))
+        return QStringLiteral("--script and --scenario do not go together");
+    if (options->stay && !line.parser.isSet(line.scenario) && !line.parser.isSet(line.script))
+        return QStringLiteral("--stay goes with --script or --scenario only");
+    if (!line.parser.isSet(line.scenario))
+        return {};
+    options->script = Scenarios::file(name);
+    options->scriptName = name;
+    return Scenarios::names().contains(name)
+        ? QString()
+        : QStringLiteral("--scenario: there is no \"%1\"; --list-scenarios shows what there is").arg(name);
+}
+
+QString readManagers(const CommandLine &line, QStringList *paths)
+{
+    *paths = line.parser.values(line.manager);
+    if (paths->isEmpty())
+        paths->append(QStringLiteral("/ringlet/sim"));
+    const QString fault = managersFault(*paths);
+    return fault.isEmpty() ? fault : QStringLiteral("--manager: ") + fault;
+}
+
+QString answerTo(const CommandLine &line)
+{
+    if (line.parser.isSet(line.version))
+        return QStringLiteral("ringlet-sim " RINGLET_VERSION);
+    if (line.parser.isSet(line.listScenarios))
+        return Scenarios::list();
+    return line.parser.isSet(line.help) ? line.helpText() : QString();
 }
 
 } // namespace
 
 QString Options::read(const QStringList &arguments)
 {
-    static const QHash<QString, bool CallDescription::*> features = {{QStringLiteral("tones"), &CallDescription::tones},
-        {QStringLiteral("hold"), &CallDescription::holdable}, {QStringLiteral("audio"), &CallDescription::audio}};
-
     CommandLine line;
     if (!line.parser.parse(arguments))
         return line.parser.errorText();
-    if (line.parser.isSet(line.help))
-        answer = line.helpText();
-    if (line.parser.isSet(line.version))
-        answer = QStringLiteral("ringlet-sim " RINGLET_VERSION);
     if (!line.parser.positionalArguments().isEmpty())
         return QStringLiteral("\"%1\" is no option").arg(line.parser.positionalArguments().constFirst());
-
+    answer = answerTo(line);
     host = line.parser.value(line.host);
     if (!isBusName(host))
         return QStringLiteral("--host: \"%1\" is no bus name; one is like org.example.Host").arg(host);
-    managers = line.parser.values(line.manager);
-    if (managers.isEmpty())
-        managers = QStringList{QStringLiteral("/ringlet/sim")};
-    script = line.parser.value(line.script);
-    stay = line.parser.isSet(line.stay);
-    if (stay && script.isEmpty())
-        return QStringLiteral("--stay goes with --script only");
-
-    CallDescription common;
-    common.remoteName = line.parser.value(line.name);
-    for (const QString &feature : line.parser.values(line.without)) {
-        if (!features.contains(feature))
-            return QStringLiteral("--without: \"%1\" is no feature; there are tones, hold and audio").arg(feature);
-        common.*features.value(feature) = false;
-    }
-    calls = readCalls(line, common);
-    return managersFault(managers);
+    QString fault = readManagers(line, &managers);
+    if (fault.isEmpty())
+        fault = readScript(line, this);
+    if (fault.isEmpty())
+        fault = readCalls(line, &calls);
+    return fault;
 }

@@ -4,7 +4,7 @@
 #ifndef SIMULATOR_OPTIONS_H
 #define SIMULATOR_OPTIONS_H
 
-#include "call.h"
+#include "newcall.h"
 
 #include <QtCore/QList>
 
@@ -13,11 +13,12 @@ struct Options
 {
     QString host;
     QStringList managers;
-    QList<CallDescription> calls;
-    /** Empty when there is none. */
+    QList<NewCall> calls;
+    /** File of a script, and what messages call it; empty when there is none. */
     QString script;
+    QString scriptName;
     bool stay = false;
-    /** What to print instead of doing anything: help or version. */
+    /** What to print instead of doing anything: help, the scenarios or the version. */
     QString answer;
 
     /** Reads the command line; what is wrong with it, empty if nothing. */

@@ -9,12 +9,12 @@
 #include <QtCore/QFile>
 #include <QtCore/QTextStream>
 
-QString Script::load(const QString &file)
+QString Script::load(const QString &file, const QString &name)
 {
-    m_file = file;
+    m_name = name;
     QFile device(file);
     if (!device.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QStringLiteral("cannot read the script %1: %2").arg(file, device.errorString());
+        return QStringLiteral("cannot read the script %1: %2").arg(name, device.errorString());
     QTextStream stream(&device);
     stream.setCodec("UTF-8");
     for (int number = 1; !stream.atEnd(); ++number) {
@@ -43,5 +43,5 @@ QString Script::readLine(const QString &text, int number)
 
 QString Script::place(const Statement &statement) const
 {
-    return QStringLiteral("%1:%2: ").arg(m_file).arg(statement.line);
+    return QStringLiteral("%1:%2: ").arg(m_name).arg(statement.line);
 }

@@ -18,18 +18,21 @@ struct Statement
 class Script
 {
 public:
-    /** Reads a file; what is wrong with it, with file and line where there is one. Empty if nothing. */
-    QString load(const QString &file);
+    /**
+     * Reads a file, which messages call `name`; what is wrong with it, with name and line where there is one.
+     * Empty if nothing.
+     */
+    QString load(const QString &file, const QString &name);
 
     const QList<Statement> &statements() const { return m_statements; }
 
-    /** "FILE:LINE: ", to stand before what is said about a statement. */
+    /** "NAME:LINE: ", to stand before what is said about a statement. */
     QString place(const Statement &statement) const;
 
 private:
     QString readLine(const QString &text, int number);
 
-    QString m_file;
+    QString m_name;
     QList<Statement> m_statements;
 };
 

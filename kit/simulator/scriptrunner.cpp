@@ -7,16 +7,6 @@
 
 #include <algorithm>
 
-static bool readSeconds(const QString &word, int *milliseconds)
-{
-    bool isNumber = false;
-    const double seconds = word.toDouble(&isNumber);
-    if (!isNumber || !(seconds >= 0 && seconds <= 86400))
-        return false;
-    *milliseconds = int(seconds * 1000);
-    return true;
-}
-
 // A pattern matches an event that starts with its words; the word * stands for any one.
 static bool matches(const QString &event, const QStringList &pattern)
 {
@@ -28,6 +18,47 @@ static bool matches(const QString &event, const QStringList &pattern)
            });
 }
 
+static QString usage(const char *statement) { return QStringLiteral("usage: ") + QLatin1String(statement); }
+
+static QString waitFault(const QStringList &words) { return words.isEmpty() ? usage("wait WORD...") : QString(); }
+
+static QString untilFault(const QStringList &words)
+{
+    return CommandInterpreter::fault(QStringList(QStringLiteral("check")) + words);
+}
+
+static QString pauseFault(const QStringList &words)
+{
+    int milliseconds = 0;
+    return words.size() == 1 ? readSeconds(words.constFirst(), &milliseconds) : usage("pause SECONDS");
+}
+
+static QString timeoutFault(const QStringList &words)
+{
+    int milliseconds = 0;
+    return words.size() == 1 ? readSeconds(words.constFirst(), &milliseconds) : usage("timeout SECONDS");
+}
+
+struct ScriptRunner::Verb
+{
+    const char *name;
+    QString (*fault)(const QStringList &words);
+    void (ScriptRunner::*perform)(const QStringList &words);
+};
+
+const ScriptRunner::Verb *ScriptRunner::findVerb(const QString &name)
+{
+    static const Verb verbs[] = {
+        {"wait", waitFault, &ScriptRunner::wait},
+        {"until", untilFault, &ScriptRunner::until},
+        {"pause", pauseFault, &ScriptRunner::pause},
+        {"timeout", timeoutFault, &ScriptRunner::setTimeout},
+    };
+    const auto found = std::find_if(
+        std::begin(verbs), std::end(verbs), [&](const Verb &verb) { return name == QLatin1String(verb.name); });
+    return found == std::end(verbs) ? nullptr : found;
+}
+
 ScriptRunner::ScriptRunner(const Script &script, CommandInterpreter &interpreter, EventLog &events, QObject *parent)
     : QObject(parent),
       m_script(script),
@@ -37,21 +68,14 @@ ScriptRunner::ScriptRunner(const Script &script, CommandInterpreter &interpreter
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &ScriptRunner::onTimer);
     // Queued: an event may come in the middle of a command, which has to be done before the next begins.
-    connect(&events, &EventLog::added, this, &ScriptRunner::lookForEvent, Qt::QueuedConnection);
+    connect(&events, &EventLog::added, this, &ScriptRunner::look, Qt::QueuedConnection);
     connect(&interpreter, &CommandInterpreter::quitRequested, this, [this] { m_state = State::Ended; });
 }
 
 QString ScriptRunner::fault(const QStringList &words)
 {
-    const QString &verb = words.constFirst();
-    if (verb == QLatin1String("wait"))
-        return words.size() > 1 ? QString() : QStringLiteral("usage: wait WORD...");
-    if (verb == QLatin1String("pause") || verb == QLatin1String("timeout")) {
-        int milliseconds = 0;
-        const bool isRight = words.size() == 2 && readSeconds(words.at(1), &milliseconds);
-        return isRight ? QString() : QStringLiteral("usage: %1 SECONDS").arg(verb);
-    }
-    return CommandInterpreter::fault(words);
+    const Verb *verb = findVerb(words.constFirst());
+    return verb ? verb->fault(words.mid(1)) : CommandInterpreter::fault(words);
 }
 
 void ScriptRunner::proceed()
@@ -69,39 +93,59 @@ void ScriptRunner::proceed()
 
 void ScriptRunner::perform(const Statement &statement)
 {
-    const QString &verb = statement.words.constFirst();
-    if (verb == QLatin1String("wait")) {
-        beginWait(statement.words.mid(1));
-    } else if (verb == QLatin1String("timeout")) {
-        readSeconds(statement.words.at(1), &m_timeoutMs);
-    } else if (verb == QLatin1String("pause")) {
-        int milliseconds = 0;
-        readSeconds(statement.words.at(1), &milliseconds);
-        m_state = State::Pausing;
-        m_timer.start(milliseconds);
-    } else {
-        const QString error = m_interpreter.execute(statement.words);
-        if (!error.isEmpty())
-            fail(error);
-    }
+    if (const Verb *verb = findVerb(statement.words.constFirst()))
+        return (this->*verb->perform)(statement.words.mid(1));
+    const QString error = m_interpreter.execute(statement.words);
+    if (!error.isEmpty())
+        fail(error);
 }
 
-void ScriptRunner::beginWait(const QStringList &pattern)
+void ScriptRunner::wait(const QStringList &words)
 {
-    m_pattern = pattern;
+    beginWait([this, words] { return findEvent(words); },
+        [words] { return QStringLiteral("no \"%1\"").arg(words.join(QLatin1Char(' '))); });
+}
+
+void ScriptRunner::until(const QStringList &words)
+{
+    const auto check = [this, words] { return m_interpreter.execute(QStringList(QStringLiteral("check")) + words); };
+    beginWait([check] { return check().isEmpty(); }, check);
+}
+
+void ScriptRunner::pause(const QStringList &words)
+{
+    int milliseconds = 0;
+    readSeconds(words.constFirst(), &milliseconds);
+    m_state = State::Pausing;
+    m_timer.start(milliseconds);
+}
+
+void ScriptRunner::setTimeout(const QStringList &words) { readSeconds(words.constFirst(), &m_timeoutMs); }
+
+void ScriptRunner::beginWait(const std::function<bool()> &isOver, const std::function<QString()> &whatIsMissing)
+{
+    m_isOver = isOver;
+    m_whatIsMissing = whatIsMissing;
     m_state = State::Waiting;
     m_timer.start(m_timeoutMs);
-    QMetaObject::invokeMethod(this, &ScriptRunner::lookForEvent, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &ScriptRunner::look, Qt::QueuedConnection);
 }
 
-void ScriptRunner::lookForEvent()
+bool ScriptRunner::findEvent(const QStringList &pattern)
 {
-    while (m_state == State::Waiting && m_nextEvent < m_events.count()) {
-        if (matches(m_events.at(m_nextEvent++), m_pattern)) {
-            m_timer.stop();
-            proceed();
-        }
+    while (m_nextEvent < m_events.count()) {
+        if (matches(m_events.at(m_nextEvent++), pattern))
+            return true;
     }
+    return false;
+}
+
+void ScriptRunner::look()
+{
+    if (m_state != State::Waiting || !m_isOver())
+        return;
+    m_timer.stop();
+    proceed();
 }
 
 void ScriptRunner::onTimer()
@@ -109,7 +153,7 @@ void ScriptRunner::onTimer()
     if (m_state == State::Pausing)
         proceed();
     else
-        fail(QStringLiteral("no \"%1\" within %2 s").arg(m_pattern.join(QLatin1Char(' '))).arg(m_timeoutMs / 1000.0));
+        fail(QStringLiteral("%1 within %2 s").arg(m_whatIsMissing()).arg(m_timeoutMs / 1000.0));
 }
 
 void ScriptRunner::fail(const QString &message)

@@ -9,10 +9,11 @@
 #include "script.h"
 
 #include <QtCore/QTimer>
+#include <functional>
 
 /**
- * Runs a script: the interpreter's commands, and three statements of its own, `wait`, `pause` and
- * `timeout`. What stands between two of the first two is done without the event loop running.
+ * Runs a script: the interpreter's commands, and four statements of its own, `wait`, `until`, `pause` and
+ * `timeout`. What stands between two of the first three is done without the event loop running.
  */
 class ScriptRunner : public QObject
 {
@@ -34,10 +35,18 @@ Q_SIGNALS:
 private:
     enum class State { Running, Waiting, Pausing, Ended };
 
+    struct Verb;
+    static const Verb *findVerb(const QString &name);
+
     void proceed();
     void perform(const Statement &statement);
-    void beginWait(const QStringList &pattern);
-    void lookForEvent();
+    void wait(const QStringList &words);
+    void until(const QStringList &words);
+    void pause(const QStringList &words);
+    void setTimeout(const QStringList &words);
+    void beginWait(const std::function<bool()> &isOver, const std::function<QString()> &whatIsMissing);
+    bool findEvent(const QStringList &pattern);
+    void look();
     void onTimer();
     void fail(const QString &message);
 
@@ -48,7 +57,9 @@ private:
     State m_state = State::Running;
     int m_next = 0;
     int m_timeoutMs = 10000;
-    QStringList m_pattern;
+    /** Of the statement that waits. */
+    std::function<bool()> m_isOver;
+    std::function<QString()> m_whatIsMissing;
     /** Events before this one have been waited for, or been passed over by a later wait. */
     int m_nextEvent = 0;
 };

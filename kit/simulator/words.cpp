@@ -52,3 +52,21 @@ QString quoted(const QString &text)
         result += escaped(c);
     return result + QLatin1Char('"');
 }
+
+QString yesNo(bool yes) { return yes ? QStringLiteral("yes") : QStringLiteral("no"); }
+
+QString readChoice(const QString &word, const QString &yes, const QString &no, bool *truth)
+{
+    *truth = word == yes;
+    return word == yes || word == no ? QString() : QStringLiteral("\"%1\" is neither %2 nor %3").arg(word, yes, no);
+}
+
+QString readSeconds(const QString &word, int *milliseconds)
+{
+    bool isNumber = false;
+    const double seconds = word.toDouble(&isNumber);
+    if (!isNumber || !(seconds >= 0 && seconds <= 86400))
+        return QStringLiteral("\"%1\" is no number of seconds from 0 to 86400").arg(word);
+    *milliseconds = int(seconds * 1000);
+    return {};
+}

@@ -16,4 +16,12 @@ bool splitWords(const QString &line, QStringList *words);
 /** `text` in double quotes, on one line, so that splitWords() gives it back. */
 QString quoted(const QString &text);
 
+QString yesNo(bool yes);
+
+/** The truth of `word`, which is one of two; what is wrong with it, empty if nothing. */
+QString readChoice(const QString &word, const QString &yes, const QString &no, bool *truth);
+
+/** Reads a time from 0 to a day, in seconds; what is wrong with it, empty if nothing. */
+QString readSeconds(const QString &word, int *milliseconds);
+
 #endif

@@ -101,10 +101,29 @@ bool DesktopHost::waitForStatus(const QString &statusText) const
     return waitFor([&] { return call().value(QStringLiteral("StatusText")) == statusText; });
 }
 
+static QString commandCall(const QVariantMap &call, const QString &method, const QVariantList &arguments)
+{
+    const QString id = call.value(QStringLiteral("HandlerId")).toString();
+    return request(callPath + id, prefix + QStringLiteral("Call1"), method, arguments).errorName();
+}
+
 QString DesktopHost::command(const QString &method, const QVariantList &arguments) const
 {
-    const QString id = call().value(QStringLiteral("HandlerId")).toString();
-    return request(callPath + id, prefix + QStringLiteral("Call1"), method, arguments).errorName();
+    return commandCall(call(), method, arguments);
+}
+
+QString DesktopHost::commandTo(const QString &uri, const QString &method, const QVariantList &arguments) const
+{
+    QVariantMap wanted;
+    waitFor([&] {
+        const QMap<QString, QVariantMap> all = calls();
+        for (const QVariantMap &call : all) {
+            if (call.value(QStringLiteral("Uri")) == uri)
+                wanted = call;
+        }
+        return !wanted.isEmpty();
+    });
+    return commandCall(wanted, method, arguments);
 }
 
 QString DesktopHost::manage(const QString &interface, const QString &method, const QVariantList &arguments) const

@@ -43,6 +43,9 @@ public:
     /** Calls a method of the only call's Call1; the name of the error, empty when there was none. */
     QString command(const QString &method, const QVariantList &arguments = {}) const;
 
+    /** The same with the call whose Uri is this, which is waited for. */
+    QString commandTo(const QString &uri, const QString &method, const QVariantList &arguments = {}) const;
+
     /** Calls a method of the host object, `interface` without its common prefix, e.g. "Audio1". */
     QString manage(const QString &interface, const QString &method, const QVariantList &arguments = {}) const;
 

@@ -31,22 +31,6 @@ protected:
         ASSERT_TRUE(program.waitForOutput(call + " shown"));
     }
 
-    /** What is said on standard error about one command. */
-    std::string complaintAbout(const QString &command)
-    {
-        const int before = program.errorOutput().size();
-        EXPECT_TRUE(type(command));
-        const QString complaint = program.errorOutput().mid(before);
-        // The last line is about the mark behind the command.
-        return complaint.left(complaint.indexOf("unknown command \"mark")).toStdString();
-    }
-
-    /** That a command is carried out without a word. */
-    void expectDone(const QString &command)
-    {
-        EXPECT_EQ(complaintAbout(command), "ringlet-sim: ") << qPrintable(command);
-    }
-
     QStringList wireAfter(const QString &command)
     {
         host.settle(manager);
@@ -126,6 +110,7 @@ TEST_F(Commands, HoldHoldsAndResumesFromTheFarEnd)
 TEST_F(Commands, MuteAndRouteAskTheHost)
 {
     expectDone("incoming ann sip:ann@example.org");
+    expectDone("answer ann");
     updateAudioState("ann", false, "mic", "ear");
     EXPECT_THAT(wireAfter("mute ann on"), ElementsAre("RequestMute /ringlet/sim/ann true"));
     EXPECT_TRUE(program.lines().contains("ann request mute on"));
@@ -134,6 +119,19 @@ TEST_F(Commands, MuteAndRouteAskTheHost)
     EXPECT_THAT(wireAfter("route ann mic speaker"), ElementsAre("RequestAudioRoute /ringlet/sim/ann mic speaker"));
     EXPECT_TRUE(program.lines().contains("ann request route \"mic\" \"speaker\""));
     EXPECT_THAT(complaintAbout("mute ann yes"), HasSubstr("\"yes\" is neither on nor off"));
+}
+
+TEST_F(Commands, MuteAndRouteAreForCallsThatTheHostListensTo)
+{
+    expectDone("incoming ann sip:ann@example.org");
+    updateAudioState("ann", false, "mic", "ear");
+    host.settle(manager);
+    host.forgetWire();
+    EXPECT_THAT(complaintAbout("mute ann on"),
+        HasSubstr("ann cannot ask for mute: it is incoming, and has to be dialing or active"));
+    EXPECT_THAT(complaintAbout("route ann a b"), HasSubstr("ann cannot ask for a route: it is incoming"));
+    host.settle(manager);
+    EXPECT_THAT(host.wire(), IsEmpty());
 }
 
 TEST_F(Commands, ACallWithoutAudioControlCannotAskForAnything)
@@ -218,7 +216,7 @@ TEST_F(Commands, HelpListsEveryCommand)
     expectDone("help");
     const QString help = program.lines().join('\n');
     for (const char *command : {"incoming", "outgoing", "answer", "hangup", "hold", "mute", "route", "status", "calls",
-             "check", "help", "quit"})
+             "check", "many", "application", "leave", "raw", "ask", "die", "help", "quit"})
         EXPECT_TRUE(help.contains(QString("\n  ") + command)) << command;
 }
 

@@ -92,6 +92,7 @@ void FakeHost::onRegistration(const QDBusMessage &message)
     const QString manager = message.arguments().constFirst().value<QDBusObjectPath>().path();
     m_wire.append(QStringLiteral("RegisterCallManager ") + manager);
     m_application = message.service();
+    m_registered.insert(m_application);
     if (!m_refusal.isEmpty()) {
         m_connection.send(message.createErrorReply(m_refusal, QStringLiteral("not \"today\"")));
         return;
@@ -116,23 +117,23 @@ void FakeHost::askForObjects(const QString &manager)
     const QDBusMessage request = QDBusMessage::createMethodCall(
         m_application, manager, objectManagerInterface, QStringLiteral("GetManagedObjects"));
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(request), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, manager] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, manager, application = m_application] {
         const auto objects = qdbus_cast<ObjectMap>(watcher->reply().arguments().value(0));
         QString line = QStringLiteral("GetManagedObjects %1:").arg(manager);
         for (auto object = objects.begin(); object != objects.end(); ++object)
             line += QStringLiteral(" %1=%2").arg(object.key().path(), statusOf(object.value()));
         m_wire.append(line);
         for (auto object = objects.begin(); object != objects.end(); ++object)
-            onReported(object.key(), object.value());
+            onReported(application, object.key(), object.value());
         watcher->deleteLater();
     });
 }
 
-void FakeHost::onReported(const QDBusObjectPath &path, const InterfaceMap &interfaces)
+void FakeHost::onReported(const QString &application, const QDBusObjectPath &path, const InterfaceMap &interfaces)
 {
     m_calls.insert(path, interfaces);
     if (!m_isQuiet)
-        broadcast(path.path(), interfaces);
+        broadcast(path.path(), interfaces, application);
 }
 
 void FakeHost::broadcast(const QString &path, const InterfaceMap &interfaces, const QString &application)
@@ -169,11 +170,12 @@ void FakeHost::onSignal(const QDBusMessage &signal)
     }
     m_wire.append(line.join(QLatin1Char(' ')));
 
-    if (signal.interface() != objectManagerInterface)
+    // What comes from an application that has not registered, a host does not hear.
+    if (signal.interface() != objectManagerInterface || !m_registered.contains(signal.service()))
         return;
     const auto path = arguments.at(0).value<QDBusObjectPath>();
     if (signal.member() == QLatin1String("InterfacesAdded"))
-        onReported(path, qdbus_cast<InterfaceMap>(arguments.at(1)));
+        onReported(signal.service(), path, qdbus_cast<InterfaceMap>(arguments.at(1)));
     else
         m_calls.remove(path);
 }

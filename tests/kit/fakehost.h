@@ -5,6 +5,7 @@
 #define TESTS_FAKEHOST_H
 
 #include <QtCore/QMap>
+#include <QtCore/QSet>
 #include <QtCore/QStringList>
 #include <QtCore/QVariantMap>
 #include <QtDBus/QDBusArgument>
@@ -68,7 +69,10 @@ public:
     /** Unique name of the application that registered last. */
     QString application() const { return m_application; }
 
-    /** The calls that were reported, by path, as they were when reported, without those that were removed. */
+    /**
+     * The calls that registered applications have reported, by path, as they were when reported, without those
+     * that were removed.
+     */
     ObjectMap calls() const { return m_calls; }
 
     // --- What the host does
@@ -83,7 +87,7 @@ public:
     /** Tells nobody of the calls, until broadcast(). */
     void keepQuiet() { m_isQuiet = true; }
 
-    /** Tells everybody that it shows a call of the application. */
+    /** Tells everybody that it shows a call of an application; of the one that registered last if none is given. */
     void broadcast(const QString &path, const InterfaceMap &interfaces, const QString &application = {});
 
     /** Calls a method of the application's and runs the event loop until it is answered. */
@@ -107,12 +111,13 @@ private:
     void onRegistration(const QDBusMessage &message);
     void answer(const QDBusMessage &registration);
     void askForObjects(const QString &manager);
-    void onReported(const QDBusObjectPath &path, const InterfaceMap &interfaces);
+    void onReported(const QString &application, const QDBusObjectPath &path, const InterfaceMap &interfaces);
 
     QDBusConnection m_connection;
     QStringList m_wire;
     ObjectMap m_calls;
     QString m_application;
+    QSet<QString> m_registered;
     QList<QDBusMessage> m_held;
     QString m_refusal;
     bool m_holdsAnswers = false;

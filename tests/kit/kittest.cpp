@@ -23,6 +23,20 @@ bool KitTest::type(const QString &command)
     return program.waitForError(QStringLiteral("\"%1\"").arg(mark));
 }
 
+std::string KitTest::complaintAbout(const QString &command)
+{
+    const int before = program.errorOutput().size();
+    EXPECT_TRUE(type(command));
+    const QString complaint = program.errorOutput().mid(before);
+    // The last line is about the mark behind the command.
+    return complaint.left(complaint.indexOf("unknown command \"mark")).toStdString();
+}
+
+void KitTest::expectDone(const QString &command)
+{
+    EXPECT_EQ(complaintAbout(command), "ringlet-sim: ") << qPrintable(command);
+}
+
 QStringList KitTest::linesThatStart(const QString &start)
 {
     QStringList lines;

@@ -20,6 +20,12 @@ protected:
     /** Types a command and waits until it has been carried out; false when it ended the program. */
     bool type(const QString &command);
 
+    /** What is said on standard error about one command. */
+    std::string complaintAbout(const QString &command);
+
+    /** That a command is carried out without a word. */
+    void expectDone(const QString &command);
+
     /** Lines of the program's output that begin with `start`. */
     QStringList linesThatStart(const QString &start);
 

@@ -92,6 +92,42 @@ TEST_F(ScriptTest, WhatStandsBetweenTwoWaitsIsDoneInOneGo)
     EXPECT_EQ(program.waitForExit(), 0) << errors();
 }
 
+TEST_F(ScriptTest, UntilWaitsForWhatCheckChecks)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(run("until host registered\nmany 3 incoming ann sip:ann%@example.org\nuntil ann* shown yes\n"
+                    "until ann2 status active\n"));
+    ASSERT_TRUE(waitForLine("ann2 shown 3 incoming"));
+    callInterface("ann2", "Accept");
+    EXPECT_EQ(program.waitForExit(), 0) << errors();
+}
+
+TEST_F(ScriptTest, UntilTellsWhatIsInsteadAndPassesOverNoEvent)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(run("until host registered\nincoming ann sip:ann@example.org\nuntil ann shown yes\n"
+                    "wait registered\ntimeout 0.1\nuntil ann status active\n"));
+    EXPECT_EQ(program.waitForExit(), 1);
+    EXPECT_EQ(errors(), "ringlet-sim: " + place(6) + "ann status is \"incoming\", not \"active\" within 0.1 s\n");
+}
+
+TEST_F(ScriptTest, DieEndsTheProgramAtOnce)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(run("wait registered\nincoming ann sip:ann@example.org\nwait ann shown\ndie\n"));
+    EXPECT_EQ(program.waitForExit(), -1);
+    ASSERT_TRUE(host.waitForWire("InterfacesAdded /ringlet/sim/ann"));
+    EXPECT_THAT(host.wire().filter("InterfacesRemoved"), IsEmpty());
+}
+
+TEST_F(ScriptTest, AskPrintsWhatIsToBeDone)
+{
+    ASSERT_TRUE(run("ask answer sip:ann@example.org\nask hold sip:ann@example.org on\nask restart host\n"
+                    "wait please answer\nwait please restart host\n"));
+    EXPECT_EQ(program.waitForExit(), 0) << errors();
+    EXPECT_TRUE(program.lines().contains("please hold sip:ann@example.org on"));
+}
+
 TEST_F(ScriptTest, AFailedCheckNamesFileAndLine)
 {
     ASSERT_TRUE(run("wait waiting for host\n\n# comment\ncheck host registered\n"));
@@ -161,9 +197,16 @@ TEST_F(ScriptTest, IsLookedThroughBeforeAnythingIsDone)
         {"explode", "unknown command \"explode\""},
         {"answer", "usage: answer CALL"},
         {"wait", "usage: wait WORD..."},
-        {"pause soon", "usage: pause SECONDS"},
-        {"pause -1", "usage: pause SECONDS"},
+        {"pause", "usage: pause SECONDS"},
+        {"pause soon", "\"soon\" is no number of seconds from 0 to 86400"},
+        {"pause -1", "\"-1\" is no number of seconds"},
         {"timeout", "usage: timeout SECONDS"},
+        {"until", "usage: check CALL FACT VALUE"},
+        {"ask dance", "nobody at a host can \"dance\"; there are answer ADDRESS, hangup ADDRESS"},
+        {"ask answer", "nobody at a host can \"answer\"; there are answer ADDRESS"},
+        {"many few incoming ann sip:x", "\"few\" is no number from 1 to 10000"},
+        {"application host", "an application cannot be named \"host\""},
+        {"raw one dance", "a raw application cannot \"dance\"; there are register, snapshot, commands, object"},
         {"wait \"open", "a quote is not closed"},
     };
     for (const auto &fault : faults) {
@@ -181,18 +224,34 @@ TEST_F(ScriptTest, AFileThatIsNotThereIsNamed)
     EXPECT_THAT(errors(), HasSubstr("cannot read the script /nonexistent/script: "));
 }
 
-TEST_F(ScriptTest, TheExampleOfTheDocumentationRuns)
+// The blocks of the page that are marked as scripts.
+QList<QByteArray> documentedScripts()
 {
     QFile page(QStringLiteral(RINGLET_DOCS "/simulator.md"));
-    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+    page.open(QIODevice::ReadOnly);
     const QByteArray text = page.readAll();
     const QByteArray fence = "```script\n";
-    const int from = text.indexOf(fence) + fence.size();
-    ASSERT_GE(from, fence.size());
+    QList<QByteArray> scripts;
+    for (int from = text.indexOf(fence); from >= 0; from = text.indexOf(fence, from + 1))
+        scripts.append(text.mid(from + fence.size(), text.indexOf("\n```\n", from) - from - fence.size() + 1));
+    return scripts;
+}
 
+TEST_F(ScriptTest, TheExamplesOfTheDocumentationThatNeedNobodyAtTheHostRun)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_GE(documentedScripts().size(), 3);
+    for (const QByteArray &script : documentedScripts().mid(1)) {
+        ASSERT_TRUE(run(script));
+        EXPECT_EQ(program.waitForExit(), 0) << errors();
+    }
+}
+
+TEST_F(ScriptTest, TheExampleOfTheDocumentationRuns)
+{
     host.keepQuiet();
     ASSERT_TRUE(host.takeName());
-    ASSERT_TRUE(run(text.mid(from, text.indexOf("```", from) - from)));
+    ASSERT_TRUE(run(documentedScripts().value(0)));
     ASSERT_TRUE(host.waitForWire("InterfacesAdded /ringlet/sim/ann"));
     updateAudioState("ann", false, "mic", "ear");
     host.broadcast("/ringlet/sim/ann", host.calls().value(QDBusObjectPath("/ringlet/sim/ann")));

@@ -6,6 +6,8 @@
 #include "kittest.h"
 #include "waitfor.h"
 
+#include <QtCore/QRegularExpression>
+
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -23,7 +25,7 @@ protected:
 
     std::string errors() { return program.errorOutput().toStdString(); }
 
-    std::string complaintAbout(const QStringList &arguments)
+    std::string complaintAboutOptions(const QStringList &arguments)
     {
         start(arguments);
         EXPECT_EQ(program.waitForExit(), 2) << qPrintable(arguments.join(' '));
@@ -155,6 +157,7 @@ TEST_F(Simulator, AsksTheHostForNothingBeforeItHasSentItsAudio)
 TEST_F(Simulator, ANewHostMustSendItsAudioAnew)
 {
     startSimulator({"--incoming", "sip:ann@example.org"});
+    callInterface("call1", "Accept");
     updateAudioState("call1", false, "mic", "ear");
     host.dropName();
     ASSERT_TRUE(waitForLine("host gone"));
@@ -315,10 +318,38 @@ TEST_F(Simulator, HelpShowsEveryOptionAndCommand)
     EXPECT_EQ(program.waitForExit(), 0);
     const QString help = program.lines().join('\n');
     for (const char *word : {"--host", "--manager", "--incoming", "--outgoing", "--name", "--without", "--script",
-             "--stay", "--help", "--version", "\n  incoming", "\n  outgoing", "\n  answer", "\n  hangup", "\n  hold",
-             "\n  mute", "\n  route", "\n  status", "\n  calls", "\n  check", "\n  help", "\n  quit", "wait", "timeout",
+             "--scenario", "--list-scenarios", "--stay", "--help", "--version", "\n  incoming", "\n  outgoing",
+             "\n  answer", "\n  hangup", "\n  hold", "\n  mute", "\n  route", "\n  status", "\n  many", "\n  raw",
+             "\n  raw NAME signal", "\n  calls", "\n  check", "\n  help", "\n  quit", "wait", "until", "timeout",
              "pause", "Exit code"})
         EXPECT_TRUE(help.contains(word)) << word;
+}
+
+TEST_F(Simulator, RunsAScenarioByItsName)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(start({"--scenario", "missed-call"}));
+    EXPECT_EQ(program.waitForExit(), 0) << errors();
+    ASSERT_TRUE(host.waitForWire("InterfacesRemoved /ringlet/sim/ann"));
+    EXPECT_THAT(host.wire().filter("/ringlet/sim/ann"),
+        ElementsAre("InterfacesAdded /ringlet/sim/ann 3", "StatusChanged /ringlet/sim/ann 1",
+            "InterfacesRemoved /ringlet/sim/ann zelkovar.Call.AudioControl1 zelkovar.Call.Call1 zelkovar.Call.DTMF1"));
+}
+
+TEST_F(Simulator, AScenarioThatFailsIsNamedWithItsLine)
+{
+    ASSERT_TRUE(host.takeName());
+    ASSERT_TRUE(start({"--scenario", "many-calls", "--incoming", "sip:one.more@example.org"}));
+    EXPECT_EQ(program.waitForExit(), 1);
+    EXPECT_EQ(errors(), "ringlet-sim: many-calls:12: number of calls is \"51\", not \"50\"\n");
+}
+
+TEST_F(Simulator, ListsItsScenariosWithALineForEach)
+{
+    ASSERT_TRUE(start({"--list-scenarios"}));
+    EXPECT_EQ(program.waitForExit(), 0);
+    EXPECT_GE(program.lines().size(), 25);
+    EXPECT_THAT(program.lines().filter(QRegularExpression("^missed-call  +A call rings, .*\\.$")), testing::SizeIs(1));
 }
 
 TEST_F(Simulator, VersionIsOneLine)
@@ -331,17 +362,22 @@ TEST_F(Simulator, VersionIsOneLine)
 
 TEST_F(Simulator, NamesWhatIsWrongOnTheCommandLine)
 {
-    EXPECT_THAT(complaintAbout({"--explode"}), HasSubstr("explode"));
-    EXPECT_THAT(complaintAbout({"sip:ann@example.org"}), HasSubstr("\"sip:ann@example.org\" is no option"));
-    EXPECT_THAT(complaintAbout({"--host", "host"}), HasSubstr("--host: \"host\" is no bus name"));
-    EXPECT_THAT(complaintAbout({"--manager", "calls"}), HasSubstr("--manager: \"calls\" is no path"));
-    EXPECT_THAT(complaintAbout({"--manager", "/"}), HasSubstr("--manager: \"/\" is no path"));
-    EXPECT_THAT(complaintAbout({"--manager", "/a", "--manager", "/a"}), HasSubstr("/a is given twice"));
-    EXPECT_THAT(complaintAbout({"--manager", "/a", "--manager", "/a/b"}), HasSubstr("/a/b lies among the calls of /a"));
-    EXPECT_THAT(complaintAbout({"--without", "colour"}),
+    EXPECT_THAT(complaintAboutOptions({"--explode"}), HasSubstr("explode"));
+    EXPECT_THAT(complaintAboutOptions({"sip:ann@example.org"}), HasSubstr("\"sip:ann@example.org\" is no option"));
+    EXPECT_THAT(complaintAboutOptions({"--host", "host"}), HasSubstr("--host: \"host\" is no bus name"));
+    EXPECT_THAT(complaintAboutOptions({"--manager", "calls"}), HasSubstr("--manager: \"calls\" is no path"));
+    EXPECT_THAT(complaintAboutOptions({"--manager", "/"}), HasSubstr("--manager: \"/\" is no path"));
+    EXPECT_THAT(complaintAboutOptions({"--manager", "/a", "--manager", "/a"}), HasSubstr("/a is given twice"));
+    EXPECT_THAT(
+        complaintAboutOptions({"--manager", "/a", "--manager", "/a/b"}), HasSubstr("/a/b lies among the calls of /a"));
+    EXPECT_THAT(complaintAboutOptions({"--without", "colour"}),
         AllOf(HasSubstr("\"colour\" is no feature"), HasSubstr("tones, hold and audio")));
-    EXPECT_THAT(complaintAbout({"--stay"}), HasSubstr("--stay goes with --script only"));
-    EXPECT_THAT(complaintAbout({"--incoming"}), HasSubstr("incoming"));
+    EXPECT_THAT(complaintAboutOptions({"--stay"}), HasSubstr("--stay goes with --script or --scenario only"));
+    EXPECT_THAT(complaintAboutOptions({"--incoming"}), HasSubstr("incoming"));
+    EXPECT_THAT(complaintAboutOptions({"--scenario", "nothing-like-it"}),
+        HasSubstr("--scenario: there is no \"nothing-like-it\"; --list-scenarios shows what there is"));
+    EXPECT_THAT(complaintAboutOptions({"--scenario", "busy", "--script", "busy.script"}),
+        HasSubstr("--script and --scenario do not go together"));
 }
 
 } // namespace

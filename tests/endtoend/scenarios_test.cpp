@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+// Every scenario of the simulator with the real host and the real plug-in: it ends well, the host shows the
+// calls that the scenario names, and afterwards the host is as good as new.
+
+#include "callhistory.h"
+#include "desktophost.h"
+#include "printers.h"
+#include "waitfor.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QRegularExpression>
+#include <functional>
+#include <gmock/gmock.h>
+
+namespace {
+
+const QString sim = QStringLiteral(RINGLET_SIM);
+
+QStringList linesOf(const QString &scenario)
+{
+    QFile file(QStringLiteral(SCENARIOS "/%1.script").arg(scenario));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split('\n') : QStringList();
+}
+
+// The tables that a scenario says the host shows, from the comments that begin with "shows:".
+QStringList expectedTables(const QString &scenario)
+{
+    const QString start = QStringLiteral("# shows: ");
+    QStringList tables;
+    for (const QString &line : linesOf(scenario)) {
+        if (line.startsWith(start))
+            tables.append(line.mid(start.size()));
+    }
+    return tables;
+}
+
+// "..." stands for any number of tables.
+QRegularExpression patternOf(const QStringList &tables)
+{
+    QString pattern;
+    for (const QString &table : tables)
+        pattern += table == QLatin1String("...") ? QStringLiteral("(.*\n)*")
+                                                 : QRegularExpression::escape(table) + QLatin1Char('\n');
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+}
+
+QString textOf(const QStringList &tables) { return tables.join('\n') + '\n'; }
+
+// What somebody does at the host who is asked to by a line that begins with "please".
+class Operator
+{
+public:
+    explicit Operator(DesktopHost &host) : m_host(host) { }
+
+    // Obeys the lines that are new since the last time.
+    void obey(const QStringList &lines)
+    {
+        while (m_next < lines.size()) {
+            const QStringList words = lines.at(m_next++).split(' ');
+            if (words.constFirst() == "please") {
+                EXPECT_TRUE(act(words.at(1), words.mid(2))) << words.join(' ').toStdString();
+            }
+        }
+    }
+
+private:
+    bool call(const QString &address, const QString &method, const QVariantList &arguments = {})
+    {
+        return m_host.commandTo(address, method, arguments).isEmpty();
+    }
+
+    bool audio(const QString &method, const QVariant &argument)
+    {
+        return m_host.manage("Audio1", method, {argument}).isEmpty();
+    }
+
+    bool restart()
+    {
+        m_host.kill();
+        return m_host.start();
+    }
+
+    bool act(const QString &verb, const QStringList &words)
+    {
+        const QMap<QString, std::function<bool()>> deeds = {
+            {"answer", [&] { return call(words.at(0), "Answer"); }},
+            {"hangup", [&] { return call(words.at(0), "Hangup"); }},
+            {"hold", [&] { return call(words.at(0), "Hold", {words.at(1) == "on"}); }},
+            {"dtmf", [&] { return call(words.at(0), "SendDtmf", {words.at(1)}); }},
+            {"mute", [&] { return audio("SetMicrophoneMuted", words.at(0) == "on"); }},
+            {"input", [&] { return audio("SelectInputDevice", words.at(0)); }},
+            {"output", [&] { return audio("SelectOutputDevice", words.at(0)); }},
+            {"restart", [&] { return restart(); }},
+        };
+        return deeds.contains(verb) && deeds.value(verb)();
+    }
+
+    DesktopHost &m_host;
+    int m_next = 0;
+};
+
+class EveryScenario : public testing::TestWithParam<QString>
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(host.start()) << host.program().errorOutput().toStdString(); }
+
+    void TearDown() override { EXPECT_EQ(host.stop(), 0) << host.program().errorOutput().toStdString(); }
+
+    // Does what the program asks for until it ends; its exit code.
+    int runToItsEnd(Program *program)
+    {
+        Operator atTheHost(host);
+        waitFor([&] {
+            atTheHost.obey(program->lines());
+            return !program->isRunning();
+        });
+        return program->waitForExit();
+    }
+
+    void expectAnHonestCallToWork()
+    {
+        Program honest;
+        ASSERT_TRUE(honest.start(sim, {"--incoming", "sip:honest@example.org"}));
+        ASSERT_TRUE(host.waitForTable({"sip:honest@example.org=incoming"}));
+        EXPECT_EQ(host.commandTo("sip:honest@example.org", "Answer"), QString());
+        EXPECT_TRUE(host.waitForTable({"sip:honest@example.org=active"}));
+        EXPECT_EQ(host.commandTo("sip:honest@example.org", "Hangup"), QString());
+        EXPECT_TRUE(host.waitForTable({}));
+    }
+
+    DesktopHost host;
+};
+
+QStringList scenarioNames()
+{
+    QStringList names;
+    for (const QString &file : QDir(SCENARIOS).entryList({"*.script"}, QDir::Files))
+        names.append(file.chopped(7));
+    names.sort();
+    return names;
+}
+
+// GoogleTest takes letters, digits and _ only.
+std::string testName(const testing::TestParamInfo<QString> &info)
+{
+    QString name;
+    for (const QString &word : info.param.split('-'))
+        name += word.left(1).toUpper() + word.mid(1);
+    return name.toStdString();
+}
+
+} // namespace
+
+TEST_P(EveryScenario, EndsWellAndLeavesTheHostAsGoodAsNew)
+{
+    const QStringList expected = expectedTables(GetParam());
+    ASSERT_FALSE(expected.isEmpty()) << "it does not say what the host shows, with comments \"# shows: TABLE\"";
+    CallHistory history;
+    Program program;
+    ASSERT_TRUE(program.start(sim, {"--scenario", GetParam()}));
+    EXPECT_EQ(runToItsEnd(&program), 0) << program.lines().join('\n').toStdString() << '\n'
+                                        << program.errorOutput().toStdString();
+    EXPECT_EQ(program.errorOutput(), QString());
+
+    EXPECT_TRUE(waitFor([&] { return host.providers().isEmpty(); }));
+    EXPECT_EQ(host.table(), QStringList());
+    EXPECT_TRUE(waitFor([&] { return history.isEmpty(); }));
+    const QStringList shown = history.tables().isEmpty() ? QStringList("nothing") : history.tables();
+    EXPECT_TRUE(patternOf(expected).match(textOf(shown)).hasMatch())
+        << "it says that the host shows\n"
+        << textOf(expected).toStdString() << "and the host has shown\n"
+        << textOf(shown).toStdString();
+    expectAnHonestCallToWork();
+}
+
+INSTANTIATE_TEST_SUITE_P(OfTheKit, EveryScenario, testing::ValuesIn(scenarioNames()), testName);
+
+TEST(Scenarios, AreListedWithADescriptionEach)
+{
+    Program program;
+    ASSERT_TRUE(program.start(sim, {"--list-scenarios"}));
+    ASSERT_EQ(program.waitForExit(), 0);
+    const QStringList names = scenarioNames();
+    ASSERT_EQ(program.lines().size(), names.size());
+    for (int i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(program.lines().at(i).section(' ', 0, 0), names.at(i));
+        const QString description = program.lines().at(i).section(' ', 1).trimmed();
+        EXPECT_TRUE(description.size() > 10 && description.endsWith('.')) << names.at(i).toStdString();
+        EXPECT_TRUE(linesOf(names.at(i)).contains("# " + description)) << names.at(i).toStdString();
+    }
+}
