@@ -24,3 +24,9 @@ if(RINGLET_SANITIZE)
     add_compile_options(-fsanitize=${RINGLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${RINGLET_SANITIZE})
 endif()
+
+# An installed program finds the tree's own libraries from where it lies itself, in whatever prefix.
+function(ringlet_program_finds_libraries target)
+    file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/${to_libraries}")
+endfunction()

@@ -22,6 +22,13 @@ static bool isObjectPath(const QString &path)
     return form.match(path).hasMatch();
 }
 
+static bool isBusName(const QString &name)
+{
+    static const QRegularExpression form(QStringLiteral(
+        "^(:[A-Za-z0-9_-]+(\\.[A-Za-z0-9_-]+)+|[A-Za-z_-][A-Za-z0-9_-]*(\\.[A-Za-z_-][A-Za-z0-9_-]*)+)$"));
+    return name.size() <= 255 && form.match(name).hasMatch();
+}
+
 static bool isPlain(char byte)
 {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '_';
@@ -49,6 +56,9 @@ CallManagerPrivate::CallManagerPrivate(
     if (!isObjectPath(path))
         fail(QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
             QStringLiteral("\"%1\" is no object path; one is like /org/example/calls").arg(path));
+    else if (!isBusName(hostName))
+        fail(QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
+            QStringLiteral("\"%1\" is no bus name; one is like org.example.Host").arg(hostName));
     else if (!connection.isConnected())
         fail(QStringLiteral("org.freedesktop.DBus.Error.Disconnected"),
             QStringLiteral("no session bus: %1").arg(connection.lastError().message()));

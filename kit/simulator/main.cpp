@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "../common/stopsignals.h"
 #include "commandinterpreter.h"
 #include "options.h"
 #include "scriptrunner.h"
 #include "standardinput.h"
-#include "stopsignals.h"
 #include "words.h"
 
 #include <QtCore/QCoreApplication>

@@ -275,6 +275,16 @@ TEST_F(Manager, FailsWithAPathThatIsNone)
     }
 }
 
+TEST_F(Manager, FailsWithAHostNameThatIsNone)
+{
+    for (const char *name : {"", "host", "not a name.at all", ".org.example", "org.1st", ":1"}) {
+        const CallManager manager("/org/example/others", name, QDBusConnection::sessionBus());
+        EXPECT_EQ(manager.state(), State::Failed) << name;
+        EXPECT_EQ(manager.errorName(), "org.freedesktop.DBus.Error.InvalidArgs");
+        EXPECT_THAT(manager.errorString().toStdString(), HasSubstr("no bus name")) << name;
+    }
+}
+
 TEST_F(Manager, FailsForGoodWhenTheBusGoes)
 {
     PrivateBus bus;

@@ -47,3 +47,7 @@ for program in with-cmake with-pkg-config; do
     *) fail "$program loads '$found'" ;;
     esac
 done
+
+# The simulator needs no help to find it.
+"$CMAKE" --install "$BUILD" --prefix "$prefix" --component kit
+"$prefix/bin/ringlet-sim" --list-scenarios | grep -q '^incoming-call ' || fail "the installed ringlet-sim does not run"

@@ -35,7 +35,12 @@ void Program::type(const QString &line)
     waitForBytesWritten();
 }
 
-void Program::signal(int number) { ::kill(pid_t(processId()), number); }
+// To process 0 it would go to this one and all of its group.
+void Program::signal(int number)
+{
+    if (isRunning())
+        ::kill(pid_t(processId()), number);
+}
 
 QStringList Program::lines()
 {

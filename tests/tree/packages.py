@@ -7,7 +7,10 @@ import re
 
 from sources import files, text_of
 
-LIST = "scripts/packages"
+BUILD_LIST = "scripts/packages"
+TEST_LIST = "scripts/packages-test"
+SIP_LIST = "scripts/packages-sip"
+LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST]
 
 # By the name that CMake's find_package(), find_program() or pkg_check_modules() is given. What is looked
 # for on the device only is in no package.
@@ -17,21 +20,35 @@ PACKAGES = {
     "Python3": ["python3"],
     "Qt5": ["qtbase5-dev", "qtbase5-dev-tools"],
     "appruntime": [],
+    "baresip": ["baresip-core"],
+    "dbus-1": ["libdbus-1-dev"],
     "dbus-daemon": ["dbus"],
     "dbus-run-session": ["dbus"],
     "gdbus-codegen": ["libglib2.0-dev-bin"],
     "gio-2.0": ["libglib2.0-dev"],
     "gio-unix-2.0": ["libglib2.0-dev"],
+    "libsystemd": ["libsystemd-dev"],
+    "node": ["nodejs"],
+    "npm": ["npm"],
     "pkg-config": ["pkg-config"],
+    # Where the interpreter is looked for, it is for the modules of the example.
+    "python3": ["python3", "python3-dasbus", "python3-gi"],
+    "sdbus-c++": ["libsdbus-c++-dev"],
+    "sipp": ["sip-tester"],
     "voicecall": [],
 }
 
-# What the build and the scripts start without looking for it first.
-ALWAYS = {"binutils", "cmake", "g++", "ninja-build"}
+# What the build, the scripts and the tests start without looking for it first.
+ALWAYS = {BUILD_LIST: {"cmake", "dbus", "g++", "ninja-build", "python3"},
+          TEST_LIST: {"binutils", "libc-bin", "systemd"},
+          SIP_LIST: set()}
+
+# Folders that are built for the tests only, and with what is built for the demo too in them.
+TESTED = re.compile(r"tests/|kit/examples/(?!CMakeLists\.txt|qt/|baresip/)")
 
 COMMAND = re.compile(r"^[^#\n]*\b(find_package|find_program|pkg_check_modules)\(([^)]*)\)", re.MULTILINE)
 WORDS_OF_CMAKE = {"REQUIRED", "IMPORTED_TARGET", "GLOBAL", "QUIET", "NAMES"}
-PACKAGE_LINE = re.compile(r"([a-z0-9][a-z0-9.+-]+) +# \S.*")
+PACKAGE_LINE = re.compile(r"([a-z0-9][a-z0-9.+-]+)(?: +command:[\w.+-]+)? +# \S.*")
 
 
 def looked_for(command, arguments):
@@ -44,32 +61,45 @@ def looked_for(command, arguments):
     return [re.split("[<>=]", word)[0] for word in words[1:]]
 
 
-def listed(root):
-    """Packages of the list."""
-    lines = text_of(root, LIST).splitlines()
+def listed(root, list_name):
+    """Packages of a list."""
+    lines = text_of(root, list_name).splitlines()
     return [PACKAGE_LINE.fullmatch(line).group(1) for line in lines if PACKAGE_LINE.fullmatch(line)]
 
 
+def lists_for(path):
+    """The lists whose packages are there when the file is used."""
+    return LISTS if TESTED.match(path) else [BUILD_LIST]
+
+
 def problems(root):
-    """A line for each thing looked for that no listed package has, and for each bad line of the list."""
-    for number, line in enumerate(text_of(root, LIST).splitlines(), 1):
-        if line and not line.startswith("#") and not PACKAGE_LINE.fullmatch(line):
-            yield f"{LIST}:{number}: '{line}' is not a package name, spaces, and '# what it is for'"
-    packages = listed(root)
-    for name in sorted({name for name in packages if packages.count(name) > 1}):
-        yield f"{LIST}: {name} is there more than once"
-    for name in sorted(ALWAYS - set(packages)):
-        yield f"{LIST}: {name} is missing"
+    """A line for each thing looked for that no listed package has, and for each bad line of a list."""
+    packages = {name: listed(root, name) for name in LISTS}
+    for name in LISTS:
+        yield from bad_lines(root, name)
+        yield from (f"{name}: {package} is missing" for package in sorted(ALWAYS[name] - set(packages[name])))
+    everything = sum(packages.values(), [])
+    for package in sorted({package for package in everything if everything.count(package) > 1}):
+        yield f"{', '.join(LISTS)}: {package} is there more than once"
     for path in files(root):
         if path.endswith((".cmake", "CMakeLists.txt")):
+            lists = lists_for(path)
+            available = sum((packages[name] for name in lists), [])
             for command, arguments in COMMAND.findall(text_of(root, path)):
-                yield from missing(path, looked_for(command, arguments), packages)
+                yield from missing(path, looked_for(command, arguments), available, lists)
 
 
-def missing(path, names, packages):
+def bad_lines(root, list_name):
+    for number, line in enumerate(text_of(root, list_name).splitlines(), 1):
+        if line and not line.startswith("#") and not PACKAGE_LINE.fullmatch(line):
+            yield (f"{list_name}:{number}: '{line}' is not a package name, perhaps 'command:NAME', and "
+                   "'# what it is for', with spaces between")
+
+
+def missing(path, names, available, lists):
     for name in names:
         if name not in PACKAGES:
             yield f"{path}: looks for {name}; PACKAGES of packages.py does not say which package has it"
         for package in PACKAGES.get(name, []):
-            if package not in packages:
-                yield f"{path}: looks for {name}, but {package} is missing in {LIST}"
+            if package not in available:
+                yield f"{path}: looks for {name}, but {package} is missing in {', '.join(lists)}"

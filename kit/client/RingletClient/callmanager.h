@@ -39,7 +39,7 @@ public:
         Registered,
         /** The host is there, but has refused, or did not answer; see errorString(). The next one is awaited. */
         Refused,
-        /** There is no session bus, it has gone, or the path cannot be used; see errorString(). It stays so. */
+        /** There is no session bus, it has gone, or path or host name are unusable; see errorString(). It stays so. */
         Failed
     };
     Q_ENUM(State)

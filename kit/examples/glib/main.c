@@ -9,6 +9,7 @@
 #include <gio/gunixinputstream.h>
 #include <glib-unix.h>
 #include <stdio.h>
+#include <string.h>
 #include <unistd.h>
 
 #define MANAGER_PATH "/ringlet/example"
@@ -42,6 +43,23 @@ static void report(const char *format, ...)
     va_end(arguments);
     putchar('\n');
     fflush(stdout);
+}
+
+/* Text that came over the bus stays on its line, whatever is in it. */
+static char *quoted(const char *text)
+{
+    static const char plain[] = "\n\r\t\"\\";
+    static const char letter[] = "nrt\"\\";
+    GString *result = g_string_new("\"");
+    for (; *text; ++text) {
+        const char *found = strchr(plain, *text);
+        if (found)
+            g_string_append_printf(result, "\\%c", letter[found - plain]);
+        else
+            g_string_append_c(result, *text);
+    }
+    g_string_append_c(result, '"');
+    return g_string_free(result, FALSE);
 }
 
 /* --- The call */
@@ -101,17 +119,24 @@ static gboolean on_set_hold(RingletCall1 *call, GDBusMethodInvocation *invocatio
 
 static gboolean on_send_dtmf(RingletDTMF1 *dtmf, GDBusMethodInvocation *invocation, const char *tones)
 {
-    char *escaped = g_strescape(tones, NULL);
-    report(CALL_NAME " command tones \"%s\"", escaped);
-    g_free(escaped);
+    g_autofree char *text = quoted(tones);
+    report(CALL_NAME " command tones %s", text);
     ringlet_dtmf1_complete_send_dtmf(dtmf, invocation);
     return TRUE;
+}
+
+static char *route_text(gboolean muted, const char *input, const char *output)
+{
+    g_autofree char *input_text = quoted(input);
+    g_autofree char *output_text = quoted(output);
+    return g_strdup_printf("muted=%s input=%s output=%s", muted ? "yes" : "no", input_text, output_text);
 }
 
 static gboolean on_audio_route(RingletAudioControl1 *audio, GDBusMethodInvocation *invocation, gboolean muted,
     const char *input, const char *output)
 {
-    report(CALL_NAME " audio-route muted=%s input=\"%s\" output=\"%s\"", muted ? "yes" : "no", input, output);
+    g_autofree char *route = route_text(muted, input, output);
+    report(CALL_NAME " audio-route %s", route);
     ringlet_audio_control1_complete_update_audio_route(audio, invocation);
     return TRUE;
 }
@@ -119,14 +144,16 @@ static gboolean on_audio_route(RingletAudioControl1 *audio, GDBusMethodInvocatio
 static gboolean on_audio_state(RingletAudioControl1 *audio, GDBusMethodInvocation *invocation, GVariant *devices,
     gboolean muted, const char *input, const char *output)
 {
+    g_autofree char *route = route_text(muted, input, output);
     GString *ids = g_string_new(NULL);
     GVariantIter device;
     const char *id;
     g_variant_iter_init(&device, devices);
-    while (g_variant_iter_next(&device, "(&sibb&s@a{sv})", &id, NULL, NULL, NULL, NULL, NULL))
-        g_string_append_printf(ids, " \"%s\"", id);
-    report(CALL_NAME " audio-state muted=%s input=\"%s\" output=\"%s\" devices=%" G_GSIZE_FORMAT "%s",
-        muted ? "yes" : "no", input, output, g_variant_n_children(devices), ids->str);
+    while (g_variant_iter_next(&device, "(&sibb&s@a{sv})", &id, NULL, NULL, NULL, NULL, NULL)) {
+        g_autofree char *text = quoted(id);
+        g_string_append_printf(ids, " %s", text);
+    }
+    report(CALL_NAME " audio-state %s devices=%" G_GSIZE_FORMAT "%s", route, g_variant_n_children(devices), ids->str);
     g_string_free(ids, TRUE);
     ringlet_audio_control1_complete_update_audio_route_state(audio, invocation);
     return TRUE;
@@ -209,7 +236,11 @@ static void on_registered(GObject *bus, GAsyncResult *result, gpointer data)
             ring(example);
         g_variant_unref(reply);
     } else {
-        report("refused " MANAGER_PATH " \"%s\"", error->message);
+        g_autofree char *name = g_dbus_error_get_remote_error(error);
+        g_autofree char *text = NULL;
+        g_dbus_error_strip_remote_error(error);
+        text = quoted(error->message);
+        report("refused " MANAGER_PATH " %s %s", name ? name : "org.freedesktop.DBus.Error.Failed", text);
         g_error_free(error);
     }
 }
@@ -351,7 +382,10 @@ int main(int argc, char *argv[])
     example.host = host ? host : "org.tarnwickle.voicecall";
     example.name = name ? name : "";
     example.address = address ? address : "sip:caller@example.org";
-    if (parsed && options_fault(&example))
+    if (parsed && argc > 1)
+        g_set_error(&error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+            "'%s' is no option; there are --host, --name and --address", argv[1]);
+    else if (parsed && options_fault(&example))
         g_set_error_literal(&error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE, options_fault(&example));
     if (error)
         return complain(error, 2);

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <sys/signalfd.h>
 #include <unistd.h>
+#include <utility>
 
 using Ringlet::AudioRoute;
 using Ringlet::Call;
@@ -33,17 +34,27 @@ QString statusText(CallStatus status)
     return QStringLiteral("%1 %2").arg(quint32(status)).arg(Ringlet::statusName(status));
 }
 
+// Text that came over the bus stays on its line, whatever is in it.
+QString quoted(QString text)
+{
+    static const std::pair<const char *, const char *> escapes[]
+        = {{"\\", "\\\\"}, {"\"", "\\\""}, {"\n", "\\n"}, {"\r", "\\r"}, {"\t", "\\t"}};
+    for (const auto &escape : escapes)
+        text.replace(QLatin1String(escape.first), QLatin1String(escape.second));
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
 QString routeText(const AudioRoute &route)
 {
-    return QStringLiteral("muted=%1 input=\"%2\" output=\"%3\"")
-        .arg(route.microphoneMuted ? "yes" : "no", route.input, route.output);
+    return QStringLiteral("muted=%1 input=%2 output=%3")
+        .arg(route.microphoneMuted ? "yes" : "no", quoted(route.input), quoted(route.output));
 }
 
 QString stateText(const Ringlet::AudioDeviceList &devices)
 {
     QString text = QStringLiteral("devices=%1").arg(devices.size());
     for (const Ringlet::AudioDevice &device : devices)
-        text += QStringLiteral(" \"%1\"").arg(device.id);
+        text += QLatin1Char(' ') + quoted(device.id);
     return text;
 }
 
@@ -75,7 +86,7 @@ const QHash<QString, Describe> commands = {
         }},
     {"SendDTMF",
         [](const QVariantList &arguments) {
-            return QStringLiteral("command tones \"%1\"").arg(arguments.at(0).toString());
+            return QStringLiteral("command tones ") + quoted(arguments.at(0).toString());
         }},
     {"UpdateAudioRoute",
         [](const QVariantList &arguments) { return QStringLiteral("audio-route ") + routeText(route(arguments)); }},
@@ -113,7 +124,8 @@ void reportHost(CallManager *calls)
         else if (state == CallManager::State::Registered)
             report(QStringLiteral("registered ") + calls->path());
         else if (state == CallManager::State::Refused)
-            report(QStringLiteral("refused %1 \"%2\"").arg(calls->path(), calls->errorString()));
+            report(QStringLiteral("refused %1 %2 %3")
+                       .arg(calls->path(), calls->errorName(), quoted(calls->errorString())));
     });
 }
 
@@ -193,11 +205,10 @@ int main(int argc, char *argv[])
     }
 
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (bus.isConnected())
-        report(QStringLiteral("connected ") + bus.baseService());
     CallManager calls(QStringLiteral("/ringlet/example"), parser.value(host), bus);
     if (calls.state() == CallManager::State::Failed)
-        return complain(calls.errorString(), 3);
+        return complain(calls.errorString(), bus.isConnected() ? 2 : 3);
+    report(QStringLiteral("connected ") + bus.baseService());
     reportHost(&calls);
     QObject::connect(&calls, &CallManager::callAdded, reportCall);
     QObject::connect(&calls, &CallManager::flushed, &application, &QCoreApplication::quit);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#ifndef SIMULATOR_STOPSIGNALS_H
-#define SIMULATOR_STOPSIGNALS_H
+#ifndef KIT_STOPSIGNALS_H
+#define KIT_STOPSIGNALS_H
 
 #include <QtCore/QObject>
 
