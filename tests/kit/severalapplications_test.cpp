@@ -100,12 +100,12 @@ TEST_F(SeveralApplications, AnApplicationHasAConnectionAndCallsOfItsOwn)
 
 TEST_F(SeveralApplications, AnApplicationMayHaveSeveralManagers)
 {
-    expectDone("application phone manager=/home manager=/work");
+    expectDone("application phone manager=/home manager=/office");
     ASSERT_TRUE(waitForLine("application phone registered /home"));
-    ASSERT_TRUE(waitForLine("application phone registered /work"));
+    ASSERT_TRUE(waitForLine("application phone registered /office"));
     EXPECT_THAT(linesThatStart("application phone host appeared"), SizeIs(1));
-    expectDone("incoming phone/ann sip:ann@example.org manager=/work");
-    EXPECT_TRUE(host.waitForWire("InterfacesAdded /work/ann"));
+    expectDone("incoming phone/ann sip:ann@example.org manager=/office");
+    EXPECT_TRUE(host.waitForWire("InterfacesAdded /office/ann"));
 }
 
 TEST_F(SeveralApplications, LeaveClosesTheConnectionWithoutAWord)

@@ -19,7 +19,6 @@ from dasbus.connection import SessionMessageBus
 from dasbus.loop import EventLoop
 from dasbus.server.interface import dbus_class, dbus_interface, dbus_signal, get_xml
 from dasbus.server.property import PropertiesInterface
-from dasbus.specification import DBusSpecification
 from dasbus.typing import Bool, Dict, Int32, List, ObjPath, Str, Structure, Tuple, UInt32, get_variant
 from gi.repository import Gio, GLib
 
@@ -86,13 +85,13 @@ class ObjectManager:
 
 def describe(published):
     """Interfaces of a published object, and the properties of each."""
-    declared = DBusSpecification.from_xml(get_xml(published))
-    interfaces = {name: {} for name in declared.interfaces}
-    for member in declared.members:
-        if isinstance(member, DBusSpecification.Property):
-            value = getattr(published, member.name)
-            interfaces[member.interface_name][member.name] = get_variant(member.type, value)
-    return interfaces
+    return {
+        interface.name: {
+            declared.name: get_variant(declared.signature, getattr(published, declared.name))
+            for declared in interface.properties
+        }
+        for interface in Gio.DBusNodeInfo.new_for_xml(get_xml(published)).interfaces
+    }
 
 
 @dbus_interface("zelkovar.Call.DTMF1")
