@@ -18,6 +18,11 @@ RANK = {folder: rank for rank, layer in enumerate(LAYERS) for folder in layer}
 # The audio slots are members of the class in calls/.
 EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 
+# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it,
+# and what programs share.
+INTERFACE = "kit/client/RingletClient"
+KIT_SHARED = {INTERFACE, "kit/common"}
+
 # Headers that are generated from dbus/, and the folder of the plug-in that each belongs to.
 GENERATED = {
     "audiocontrolproxy.h": "src/audio",
@@ -32,8 +37,10 @@ INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.MULTIL
 
 
 def folder(path):
-    """The room of a file, and inside the plug-in its folder: 'desktop', 'src/calls'."""
+    """The room of a file, and inside the plug-in and the kit its folder: 'desktop', 'src/calls', 'kit/simulator'."""
     parts = pathlib.PurePosixPath(path).parts
+    if parts[0] == "kit":
+        return "/".join(parts[:-1])
     return "/".join(parts[:2]) if parts[0] == "src" else parts[0]
 
 
@@ -65,6 +72,8 @@ def allowed(source, target):
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
         return other in ROOMS[room]
+    if room == "kit":
+        return target in KIT_SHARED and own != INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]
 
 

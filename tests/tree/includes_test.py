@@ -21,6 +21,10 @@ GOOD = {
     "src/common/trace.h": "#include <host.h>\n",
     "platform/voicecall/host.h": "#include <QtCore/QObject>\n",
     "desktop/voicecalld/host.cpp": "#include <host.h>\n",
+    "kit/client/RingletClient/call.h": "#include <RingletClient/call.h>\n",
+    "kit/client/callobject.h": "#include <RingletClient/call.h>\n",
+    "kit/common/stop.h": "",
+    "kit/examples/phone/main.cpp": '#include "../../common/stop.h"\n#include <RingletClient/call.h>\n',
     "kit/simulator/simulator.h": "",
     "kit/simulator/simulator.cpp": '#include "simulator.h"\n#include "callserviceadaptor.h"\n',
     "tests/unit/test.cpp": '#include "calls/handler.h"\n',
@@ -78,6 +82,15 @@ class CheckerTest(unittest.TestCase):
         self.assert_only_violation("kit/simulator/bad.cpp", '"calls/handler.h"')
         self.assert_only_violation("kit/simulator/bad.c", "<host.h>")
         self.assert_only_violation("kit/simulator/bad.cpp", '"../../platform/voicecall/host.h"')
+
+    def test_kit_may_not_reach_into_the_client_library(self):
+        self.assert_only_violation("kit/simulator/bad.cpp", '"../client/callobject.h"')
+        self.assert_only_violation("kit/examples/phone/bad.cpp", '"callobject.h"')
+        self.assert_only_violation("kit/client/RingletClient/bad.h", '"callobject.h"')
+
+    def test_programs_of_the_kit_may_not_include_each_other(self):
+        self.assert_only_violation("kit/examples/phone/bad.cpp", '"../../simulator/simulator.h"')
+        self.assert_only_violation("kit/common/bad.h", '"simulator.h"')
 
     def test_platform_may_include_nothing_else_of_the_tree(self):
         self.assert_only_violation("platform/voicecall/bad.h", '"common/trace.h"')
