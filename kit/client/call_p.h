@@ -19,7 +19,7 @@ class CallPrivate final : public CommandReceiver
 {
 public:
     /** `manager` outlives the call. */
-    CallPrivate(Call *q, CallManagerPrivate &manager, const CallDescription &description, const QString &path);
+    CallPrivate(Call *call, CallManagerPrivate &owner, const CallDescription &description, const QString &path);
 
     /** It stands on the bus from now on. */
     void setAnnounced();

@@ -79,7 +79,10 @@ void CallManagerPrivate::fail(const QString &name, const QString &text)
 
 void CallManagerPrivate::followHost()
 {
-    QObject::connect(&host, &HostLink::absent, q, [this] { setState(State::Waiting); });
+    QObject::connect(&host, &HostLink::absent, q, [this] {
+        setState(State::Waiting);
+        letOut();
+    });
     QObject::connect(&host, &HostLink::appeared, q, [this](const QString &owner) {
         qCDebug(client).noquote() << path << "host appeared" << owner;
         emit q->hostAppeared(owner);
@@ -126,15 +129,14 @@ void CallManagerPrivate::onVanished()
 
 void CallManagerPrivate::onBusLost()
 {
-    if (state == State::Failed)
-        return;
     if (!host.owner().isEmpty())
         onVanished();
     setState(State::Failed, QStringLiteral("org.freedesktop.DBus.Error.Disconnected"),
         QStringLiteral("the session bus has gone"));
+    letOut();
 }
 
-void CallManagerPrivate::onShown(const QString &object, const InterfaceMap &interfaces)
+void CallManagerPrivate::onShown(const QString &object, const InterfaceMap &interfaces) const
 {
     const QVariant status = interfaces.value(callInterface).value(QStringLiteral("Status"));
     CallPrivate *call = calls.value(object.mid(object.lastIndexOf(QLatin1Char('/')) + 1));
@@ -168,7 +170,7 @@ Call *CallManagerPrivate::addCall(const CallDescription &description)
     calls.insert(name, record);
     emit q->callAdded(call);
     m_keptBack.append(record);
-    if (state != State::Registering)
+    if (state != State::Looking && state != State::Registering)
         letOut();
     return call;
 }

@@ -18,12 +18,14 @@ class CallPrivate;
 /**
  * While a registration is on its way, new calls are kept back: the host takes its picture of the calls at
  * some moment meanwhile, and a call that is in the picture and announced as well would be reported twice.
+ * So they are until it is known whether there is a host, lest a call be announced before the registration.
  * A call that ends before it came out has never been.
  */
 class CallManagerPrivate
 {
 public:
-    CallManagerPrivate(CallManager *q, const QString &path, const QString &hostName, const QDBusConnection &connection);
+    CallManagerPrivate(
+        CallManager *manager, const QString &managerPath, const QString &hostName, const QDBusConnection &bus);
 
     Call *addCall(const CallDescription &description);
 
@@ -49,7 +51,7 @@ private:
     void followHost();
     void letOut();
     void onVanished();
-    void onShown(const QString &object, const InterfaceMap &interfaces);
+    void onShown(const QString &object, const InterfaceMap &interfaces) const;
     void onBusLost();
     QString nameFor(const CallDescription &description);
 

@@ -17,15 +17,14 @@ namespace Ringlet {
 class CommandReceiver
 {
 public:
+    virtual ~CommandReceiver() = default;
+
     virtual void accept() = 0;
     virtual void reject(uint reason) = 0;
     virtual void setHold(bool hold) = 0;
     virtual void sendTones(const QString &tones) = 0;
     virtual void updateAudio(const AudioDeviceList &devices, const AudioRoute &route) = 0;
     virtual void updateAudioRoute(const AudioRoute &route) = 0;
-
-protected:
-    ~CommandReceiver() = default;
 };
 
 /** A call as it stands on the bus: its interfaces, its signals, and the way of the host's commands to it. */

@@ -102,6 +102,27 @@ TEST_F(Manager, CallsThatAreUpAreInTheFirstPictureOfANewHostAndNotAnnounced)
             "GetManagedObjects /org/example/calls: /org/example/calls/call1=5"));
 }
 
+TEST_F(Manager, ACallThatBeginsBeforeTheHostIsFoundIsNotAnnouncedBeforeTheRegistration)
+{
+    calls.reset();
+    ASSERT_TRUE(host.takeName());
+    calls = std::make_unique<CallManager>(path);
+    Call *call = calls->addCall({});
+    ASSERT_TRUE(waitFor([call] { return call->isShown(); }));
+    EXPECT_THAT(wire(),
+        ElementsAre("RegisterCallManager /org/example/calls",
+            "GetManagedObjects /org/example/calls:", "InterfacesAdded /org/example/calls/call1 3"));
+}
+
+TEST_F(Manager, ACallThatBeginsBeforeItIsKnownThatThereIsNoHostIsAnnouncedThen)
+{
+    Call *call = calls->addCall({});
+    QSignalSpy announced(call, &Call::announced);
+    EXPECT_EQ(announced.size(), 0);
+    ASSERT_TRUE(waitForState(State::Waiting));
+    EXPECT_EQ(announced.size(), 1);
+}
+
 TEST_F(Manager, ACallThatBeginsDuringARegistrationWaitsForTheAnswer)
 {
     host.holdAnswers();

@@ -132,7 +132,10 @@ Q_SIGNALS:
 
     // --- What became of the call
 
-    /** It can be seen on the bus from now on: at once, or when a registration on its way has been answered. */
+    /**
+     * It can be seen on the bus from now on: at once, or, while the manager is Looking or Registering, as soon
+     * as it is neither.
+     */
     void announced();
 
     /** Emitted when the host has been told. */

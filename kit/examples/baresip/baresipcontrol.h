@@ -49,8 +49,8 @@ private:
     void onConnected();
     void onSocketFailed();
     void onReadyRead();
-    void onMessage(const QByteArray &message);
-    void onReply(const QJsonObject &reply);
+    void onMessage(const QByteArray &bytes);
+    void onReply(const QJsonObject &message);
     void sendNext();
     void goOn();
     void restartSequence();

@@ -18,7 +18,7 @@ class BaresipControl;
 struct SurveyedCall
 {
     CallIdentity identity;
-    Ringlet::CallStatus status;
+    Ringlet::CallStatus status = Ringlet::CallStatus::Disconnected;
 };
 
 /**

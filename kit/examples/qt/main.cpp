@@ -195,7 +195,7 @@ int main(int argc, char *argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription("One incoming call for a voice-call host.");
     parser.addOptions({host, name, address, help});
-    if (!parser.parse(application.arguments()))
+    if (!parser.parse(QCoreApplication::arguments()))
         return complain(parser.errorText(), 2);
     if (!parser.positionalArguments().isEmpty())
         return complain(QStringLiteral("unknown argument \"%1\"").arg(parser.positionalArguments().constFirst()), 2);
