@@ -256,6 +256,8 @@ TEST_F(Manager, CanStandAtTheRoot)
     calls.reset();
     calls = std::make_unique<CallManager>("/");
     EXPECT_EQ(calls->addCall({})->path(), "/call1");
+    // Found at once, the host would be told of the call behind the registration.
+    ASSERT_TRUE(waitForState(State::Waiting));
     ASSERT_TRUE(host.takeName());
     EXPECT_TRUE(host.waitForWire("GetManagedObjects /: /call1=3")) << wire().join('\n').toStdString();
 }
