@@ -179,9 +179,8 @@ void CallManagerPrivate::letOut()
 {
     while (!m_keptBack.isEmpty()) {
         CallPrivate *call = m_keptBack.takeFirst();
-        call->isAnnounced = true;
         tree.announce(&call->object);
-        emit call->q->announced();
+        call->setAnnounced();
     }
 }
 
