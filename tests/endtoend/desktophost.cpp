@@ -34,9 +34,9 @@ QString DesktopHost::name() { return QStringLiteral("org.tarnwickle.voicecall");
 
 bool DesktopHost::start(const QStringList &options)
 {
-    return m_program.start(
-               QStringLiteral(VOICECALLD), QStringList{QStringLiteral("--plugin"), QStringLiteral(PLUGIN)} + options)
-        && waitFor(isOwned);
+    return m_program.start(QStringLiteral(VOICECALLD),
+               QStringList{QStringLiteral("--plugin"), QStringLiteral(RINGLET_PLUGIN)} + options)
+        && m_program.waitForOutput(QStringLiteral("voicecalld: ready")) && waitFor(isOwned);
 }
 
 int DesktopHost::stop()

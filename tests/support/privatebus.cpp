@@ -10,7 +10,8 @@
 
 // The limits are those of the session bus configuration that is shipped with the bus daemon; without
 // them the much lower ones of a system bus would hold.
-static const char configuration[] = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+static const char ordinaryConfiguration[]
+    = R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
   <type>session</type>
@@ -36,15 +37,16 @@ static const char configuration[] = R"(<!DOCTYPE busconfig PUBLIC "-//freedeskto
   <limit name="max_names_per_connection">50000</limit>
   <limit name="max_match_rules_per_connection">50000</limit>
   <limit name="max_replies_per_connection">50000</limit>
+%2
 </busconfig>
 )";
 
-PrivateBus::PrivateBus()
+PrivateBus::PrivateBus(const QString &configuration)
 {
     QFile file(m_directory.filePath(QStringLiteral("bus.conf")));
     if (!file.open(QIODevice::WriteOnly))
         throw std::runtime_error("cannot write " + file.fileName().toStdString());
-    file.write(QString::fromLatin1(configuration).arg(m_directory.path()).toUtf8());
+    file.write(QString::fromLatin1(ordinaryConfiguration).arg(m_directory.path(), configuration).toUtf8());
     file.close();
 
     m_daemon.start(QStringLiteral(DBUS_DAEMON),

@@ -13,12 +13,15 @@
  * A message bus of the test's own: a dbus-daemon with the limits of an ordinary session bus and no
  * activatable services. It ends with this object, and with the process if that dies first.
  *
+ * `configuration` is the text of further elements of the daemon's configuration. They stand behind its own,
+ * and of two limits the last one holds.
+ *
  * Constructing it throws std::runtime_error when the daemon cannot be started.
  */
 class PrivateBus
 {
 public:
-    PrivateBus();
+    explicit PrivateBus(const QString &configuration = {});
 
     QByteArray address() const { return m_address; }
 

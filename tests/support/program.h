@@ -17,8 +17,14 @@ public:
     Program();
     ~Program() override;
 
-    /** Whether the program could be started. */
+    /**
+     * Whether the program could be started. The host program, voicecalld, is run by the program whose path
+     * RINGLET_HOST_WRAPPER in the environment says, if it says any: its command line comes as arguments.
+     */
     bool start(const QString &file, const QStringList &arguments, const QStringList &environment = {});
+
+    /** Standard error goes to this file from the next start on; errorOutput() stays empty then. */
+    void setStandardErrorFile(const QString &file) { QProcess::setStandardErrorFile(file); }
 
     using QProcess::processId;
 
@@ -52,6 +58,7 @@ protected:
     void setupChildProcess() override;
 
 private:
+    bool m_isWrapped = false;
     QString m_output;
     QString m_errors;
 };

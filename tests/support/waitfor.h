@@ -10,11 +10,14 @@
 /** How long a test waits for what must come, in milliseconds; generous, since machines are shared. */
 constexpr int waitLimitMs = 20000;
 
+/** The same, as many times as RINGLET_TEST_PATIENCE in the environment says, for programs that a checker slows down. */
+inline int patientWaitLimitMs() { return waitLimitMs * qMax(1, qEnvironmentVariableIntValue("RINGLET_TEST_PATIENCE")); }
+
 /** Runs the event loop until `condition` holds; false when it did not come to hold in time. */
 template <typename Condition>
 bool waitFor(Condition condition)
 {
-    return QTest::qWaitFor(condition, waitLimitMs);
+    return QTest::qWaitFor(condition, patientWaitLimitMs());
 }
 
 #endif
