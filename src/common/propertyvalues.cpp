@@ -72,12 +72,15 @@ static bool holdsDescriptor(const QVariant &value)
     return type == qMetaTypeId<QDBusUnixFileDescriptor>();
 }
 
-// A descriptor by itself is copied well; only one inside a container is lost.
+// A descriptor by itself is copied well; only one inside a container is lost. An empty signature is copied well
+// inside a container; by itself it is none to the bus layer, which refuses the message.
 static bool isRelayable(const QVariant &value)
 {
     const int type = value.userType();
     if (type == qMetaTypeId<QDBusVariant>())
         return isRelayable(value.value<QDBusVariant>().variant());
+    if (type == qMetaTypeId<QDBusSignature>())
+        return !value.value<QDBusSignature>().signature().isEmpty();
     return type != qMetaTypeId<QDBusArgument>() || !containerHoldsDescriptor(value.value<QDBusArgument>());
 }
 

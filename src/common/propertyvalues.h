@@ -19,9 +19,10 @@ namespace PropertyValues {
 QVariantMap selfContained(const QVariantMap &properties);
 
 /**
- * The same interfaces, fit to be sent on: unchanged, but for properties with a file descriptor inside a
- * container. Those are left out, because the bus layer loses an open descriptor for each that it copies
- * from one message to another, and a host without free descriptors loses its bus connection.
+ * The same interfaces, fit to be sent on: unchanged, but for properties that the bus layer cannot copy from one
+ * message to another. Those are left out. With a file descriptor inside a container it loses an open descriptor
+ * for each copy, and a host without free descriptors loses its bus connection; a message with an empty signature
+ * as a value it refuses to send at all.
  */
 QVariantMapMap relayable(const QVariantMapMap &interfaces);
 

@@ -176,6 +176,20 @@ TEST_F(Hostile, FileDescriptorsInEveryPropertyThatIsReadLeaveNothingOpen)
     }
 }
 
+TEST_F(Hostile, EmptySignaturesAreLeftOutWhereTheyWouldKeepAReportFromBeingBroadcast)
+{
+    honest.subscribe("type='signal',interface='zelkovar.Call.ServiceManager1',member='InterfacesAdded'");
+    ASSERT_TRUE(announceProperty(hostile, "signature ''", "Alone"));
+    ASSERT_TRUE(announceProperty(hostile, "<<signature ''>>", "Wrapped"));
+    ASSERT_TRUE(announceProperty(hostile, "{'k': <(1, signature '')>}", "Inside"));
+    ASSERT_TRUE(settle());
+    const QStringList broadcast = honest.signalsHeard().filter("ServiceManager1.InterfacesAdded");
+    EXPECT_EQ(broadcast.size(), 3);
+    EXPECT_TRUE(broadcast.filter("Alone").isEmpty());
+    EXPECT_TRUE(broadcast.filter("Wrapped").isEmpty());
+    EXPECT_EQ(broadcast.filter("Inside").size(), 1);
+}
+
 TEST_F(Hostile, FileDescriptorsInASnapshotLeaveNothingOpen)
 {
     hostile.setSnapshotBody(

@@ -102,6 +102,13 @@ TEST(Relayable, LeavesOutAFileDescriptorInAnyContainer)
             << value;
 }
 
+TEST(Relayable, LeavesOutAnEmptySignatureByItself)
+{
+    EXPECT_EQ(relayed("{'g': <signature ''>, 'vg': <<signature ''>>, 'vvg': <<<signature ''>>>, "
+                      "'ag': <[signature '', 'u']>, 'struct': <(1, <signature ''>)>, 'other': <signature 'as'>}"),
+        QStringList({"ag", "other", "struct"}));
+}
+
 TEST(Relayable, LeavesOutThePropertyAndNotItsInterfaceOrOthers)
 {
     const QVariantMapMap interfaces{
