@@ -25,6 +25,19 @@ if(RINGLET_SANITIZE)
     add_link_options(-fsanitize=${RINGLET_SANITIZE})
 endif()
 
+if(RINGLET_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "RINGLET_BUILD_FUZZERS needs clang, the compiler is ${CMAKE_CXX_COMPILER_ID}: "
+                            "set CMAKE_CXX_COMPILER to clang++ and CMAKE_C_COMPILER to clang")
+    endif()
+    if(NOT RINGLET_SANITIZE MATCHES "address")
+        message(FATAL_ERROR "RINGLET_BUILD_FUZZERS needs a sanitizer to find anything: "
+                            "set RINGLET_SANITIZE to 'address,undefined'")
+    endif()
+    # clang's sanitizers stand in the program, and libraries find them there.
+    add_link_options(LINKER:-z,undefs)
+endif()
+
 # An installed program finds the tree's own libraries from where it lies itself, in whatever prefix.
 function(ringlet_program_finds_libraries target)
     file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
