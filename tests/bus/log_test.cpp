@@ -4,11 +4,15 @@
 #include "callfixture.h"
 #include "calls/callhandler.h"
 #include "logrecorder.h"
+#include "objectwatch.h"
 
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QPointer>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QSet>
 #include <QtCore/QTimerEvent>
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
 #include <functional>
 
 static const QString tracePrefix = "info voicecall: ";
@@ -322,6 +326,150 @@ TEST_F(LogTest, TraceLinesAreOffByDefaultWhileWarningsAreOn)
 {
     EXPECT_FALSE(voicecall().isInfoEnabled());
     EXPECT_TRUE(voicecall().isWarningEnabled());
+}
+
+// --- The moment at which a line is written
+
+namespace {
+
+/** Runs an action each time that the trace line of an operation is written. One at a time. */
+class WhenTraced
+{
+public:
+    WhenTraced(const QString &operation, const std::function<void()> &action) : operation(operation), action(action)
+    {
+        current = this;
+        QLoggingCategory::setFilterRules("voicecall=true");
+        qInstallMessageHandler(handle);
+    }
+
+    ~WhenTraced()
+    {
+        qInstallMessageHandler(nullptr);
+        QLoggingCategory::setFilterRules({});
+        current = nullptr;
+    }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext &, const QString &text)
+    {
+        if (text.contains(current->operation))
+            current->action();
+    }
+
+    static WhenTraced *current;
+    const QString operation;
+    const std::function<void()> action;
+};
+
+WhenTraced *WhenTraced::current = nullptr;
+
+} // namespace
+
+// Messages of one connection keep their order, so the mark tells where the line stands among them.
+TEST_F(LogTest, ACommandIsTracedBeforeItIsSent)
+{
+    AbstractVoiceCallHandler *handler = addCall(holdableActive, {tones});
+    ASSERT_TRUE(handler);
+    const QList<QPair<QString, std::function<void()>>> operations = {
+        {"CallHandler::answer(", [&] { handler->answer(); }},
+        {"CallHandler::hangup(", [&] { handler->hangup(); }},
+        {"CallHandler::hold(", [&] { handler->hold(true); }},
+        {"CallHandler::sendDtmf(", [&] { handler->sendDtmf("1"); }},
+    };
+    for (const auto &operation : operations) {
+        SCOPED_TRACE(operation.first.toStdString());
+        application.forgetWhatArrived();
+        const WhenTraced mark(operation.first, [&] {
+            QDBusConnection::sessionBus().send(
+                QDBusMessage::createMethodCall(application.name(), "/mark", "tests.Mark", "Mark"));
+        });
+        operation.second();
+        const QStringList sent = commands();
+        ASSERT_EQ(sent.size(), 2);
+        EXPECT_EQ(sent.at(0), "/mark tests.Mark.Mark()");
+        EXPECT_TRUE(sent.at(1).startsWith("/m/c1 zelkovar.Call.")) << sent.at(1).toStdString();
+    }
+}
+
+TEST_F(LogTest, AReportIsTracedBeforeItIsSentOn)
+{
+    ScriptedApplication listener;
+    listener.subscribe("type='signal',path='/zelkovar/call/service'");
+    for (const char *operation :
+        {"CallProviderFactory::onInterfacesAdded(", "CallProviderFactory::onInterfacesRemoved("}) {
+        SCOPED_TRACE(operation);
+        const WhenTraced mark(operation, [] {
+            QDBusConnection::sessionBus().send(
+                QDBusMessage::createSignal("/zelkovar/call/service", "tests.Mark", "Mark"));
+        });
+        listener.forgetWhatArrived();
+        application.announce(managerPath, callPath, callInterfaces(active));
+        application.withdraw(managerPath, callPath, {"zelkovar.Call.Call1"});
+        settle();
+        ASSERT_TRUE(listener.settle());
+        const QStringList heard = listener.signalsHeard();
+        ASSERT_EQ(heard.size(), 3);
+        const int marked = heard.indexOf("/zelkovar/call/service tests.Mark.Mark()");
+        EXPECT_EQ(marked, QString(operation).contains("Added") ? 0 : 1);
+    }
+}
+
+TEST_F(LogTest, TheHostsAudioStateIsAskedForOnceTheOperationIsTraced)
+{
+    class LoggingHost : public RecordingHost
+    {
+    public:
+        AudioRouteState audioRouteState() const override
+        {
+            qInfo("state asked");
+            return {};
+        }
+    } loggingHost;
+    CallProvider other(DBusCallManager(application.name(), QDBusObjectPath("/o")), QString(), &loggingHost, nullptr);
+    CallHandler handler("x", DBusCallObject(application.name(), QDBusObjectPath("/o/c1")),
+        {{"zelkovar.Call.Call1", {}}, {audioControl, {}}}, &other);
+    for (void (CallHandler::*operation)() : {&CallHandler::onAudioDevicesChanged, &CallHandler::onAudioRouteChanged}) {
+        const LogRecorder log;
+        (handler.*operation)();
+        const QStringList entries = log.entries();
+        EXPECT_GE(entries.indexOf("info default: state asked"), 1);
+        EXPECT_EQ(entries.indexOf(log.startingWith(tracePrefix).value(0)), 0);
+    }
+}
+
+TEST_F(LogTest, DialingIsTracedBeforeItIsRefused)
+{
+    QString before = "not traced";
+    const WhenTraced look("CallProvider::dial(", [&] { before = provider->errorString(); });
+    provider->dial("1");
+    EXPECT_EQ(before, QString());
+    EXPECT_NE(provider->errorString(), QString());
+}
+
+TEST_F(LogTest, AnEndIsTracedWhileEverythingIsStillThere)
+{
+    ObjectWatch watch;
+    QStringList there;
+    const auto look = [&](const QString &suffix) { return [&there, &watch, suffix] { there = watch.living(suffix); }; };
+    auto *other
+        = new CallProvider(DBusCallManager(application.name(), QDBusObjectPath("/o")), QString(), &host, nullptr);
+    auto *handler = new CallHandler("x", DBusCallObject(application.name(), QDBusObjectPath("/o/c1")),
+        {{"zelkovar.Call.Call1", {}}, {tones, {}}}, provider);
+    auto *plugin = new CallProviderFactory;
+    {
+        const WhenTraced looking("CallHandler::~CallHandler(", look("Proxy"));
+        delete handler;
+        EXPECT_EQ(there, QStringList({"DBusObjectManagerProxy", "CallProxy", "DTMFProxy"}));
+    }
+    {
+        const WhenTraced looking("CallProvider::~CallProvider(", look("ObjectManager"));
+        delete other;
+        EXPECT_EQ(there, QStringList({"ObjectManager"}));
+    }
+    const WhenTraced looking("CallProviderFactory::~CallProviderFactory(", look("CallService"));
+    delete plugin;
+    EXPECT_EQ(there, QStringList({"CallService"}));
 }
 
 // --- Texts
