@@ -238,6 +238,20 @@ TEST_F(CallProviderTest, DeletesARemovedCallOnlyOnceControlIsBackInTheEventLoop)
     EXPECT_TRUE(waitFor([&] { return handler.isNull(); }));
 }
 
+TEST_F(CallProviderTest, SchedulesTheDeletionOfARemovedCallBeforeItTellsOfTheRemoval)
+{
+    const QPointer<QObject> handler = addCall();
+    ASSERT_TRUE(handler);
+    bool wasScheduled = false;
+    QObject::connect(provider, &AbstractVoiceCallProvider::voiceCallRemoved, &host, [&] {
+        // Deletes it now if that is due.
+        QCoreApplication::sendPostedEvents(handler, QEvent::DeferredDelete);
+        wasScheduled = handler.isNull();
+    });
+    provider->onInterfacesRemoved(application.name(), QDBusObjectPath(callPath), {"zelkovar.Call.Call1"});
+    EXPECT_TRUE(wasScheduled);
+}
+
 TEST_F(CallProviderTest, LosingOtherInterfacesOrNoneLeavesTheCallAsItIs)
 {
     const QPointer<AbstractVoiceCallHandler> handler = addCall(active, {tones, audioControl});

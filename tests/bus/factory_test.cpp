@@ -390,6 +390,25 @@ TEST_F(Factory, ProviderIsOutOfTheTableWhenTheHostHearsOfItsRemoval)
     factory.reset(); // before its host
 }
 
+TEST_F(Factory, ProviderIsScheduledForDeletionOnlyOnceTheHostHasLetItGo)
+{
+    AnsweringHost answering;
+    QPointer<AbstractVoiceCallProvider> provider;
+    bool wasThere = false;
+    answering.whenRemoved = [&] {
+        // Deletes it now if that is due.
+        QCoreApplication::sendPostedEvents(provider, QEvent::DeferredDelete);
+        wasThere = !provider.isNull();
+    };
+    ASSERT_TRUE(factory->initialize());
+    ASSERT_TRUE(factory->configure(&answering));
+    callManagerAdded(callManager(), 7);
+    provider = answering.providers.value(0);
+    callManagerRemoved(callManager());
+    EXPECT_TRUE(wasThere);
+    factory.reset(); // before its host
+}
+
 TEST_F(Factory, ProviderIsStillInTheTableWhileItsCallsAreRemoved)
 {
     bringUp();

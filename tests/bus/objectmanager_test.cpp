@@ -328,6 +328,22 @@ TEST_F(ObjectManagerTest, WatcherIsReleasedOnceTheSnapshotIsThereOrRefused)
     }
 }
 
+TEST_F(ObjectManagerTest, WatcherIsReleasedOnlyOnceTheSnapshotWasReported)
+{
+    application.setObjects("{'/m/c1': {'i.a': {}}}");
+    mirror();
+    bool wasThere = false;
+    QObject::connect(manager.get(), &ObjectManager::interfacesAdded, [&] {
+        auto *watcher = manager->findChild<QDBusPendingCallWatcher *>();
+        // Deletes it now if that is due.
+        QCoreApplication::sendPostedEvents(watcher, QEvent::DeferredDelete);
+        wasThere = watcher && watcher == manager->findChild<QDBusPendingCallWatcher *>();
+    });
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(events.size(), 1);
+    EXPECT_TRUE(wasThere);
+}
+
 // --- Changes
 
 TEST_F(ObjectManagerTest, AdditionsAreReportedAsReceivedAndNotMerged)

@@ -19,6 +19,7 @@ PACKAGES = {
     "PkgConfig": ["pkg-config"],
     "Python3": ["python3"],
     "Qt5": ["qtbase5-dev", "qtbase5-dev-tools"],
+    "Threads": ["g++"],
     "appruntime": [],
     "baresip": ["baresip-core"],
     "dbus-1": ["libdbus-1-dev"],
@@ -33,6 +34,7 @@ PACKAGES = {
     "pkg-config": ["pkg-config"],
     # Where the interpreter is looked for, it is for the modules of the example.
     "python3": ["python3", "python3-dasbus", "python3-gi"],
+    "rapidcheck": ["librapidcheck-dev"],
     "sdbus-c++": ["libsdbus-c++-dev"],
     "sipp": ["sip-tester"],
     "voicecall": [],
@@ -40,7 +42,7 @@ PACKAGES = {
 
 # What the build, the scripts and the tests start without looking for it first.
 ALWAYS = {BUILD_LIST: {"cmake", "dbus", "g++", "ninja-build", "python3"},
-          TEST_LIST: {"binutils", "libc-bin", "systemd"},
+          TEST_LIST: {"binutils", "libc-bin", "qtbase5-private-dev", "systemd"},
           SIP_LIST: set()}
 
 # Folders that are built for the tests only, and with what is built for the demo too in them.

@@ -128,6 +128,11 @@ TEST(DBusObject, HashRotatesTheServiceAndTakesTheSeedOnceAtTheEnd)
         EXPECT_EQ(qHash(object(":1.1", "/a"), seed), rotated ^ path ^ seed);
 }
 
+TEST(DBusObject, HashesWithSeedZeroWhenNoneIsGiven)
+{
+    EXPECT_EQ(qHash(object(":1.1", "/a")), qHash(object(":1.1", "/a"), 0));
+}
+
 TEST(DBusObject, HashesDifferentlyWithItsTextsSwapped)
 {
     EXPECT_NE(qHash(object("/a", "/b"), 0), qHash(object("/b", "/a"), 0));
