@@ -116,7 +116,7 @@ void StrictHost::addCall(AbstractVoiceCallHandler *call)
 {
     const QString id = call->handlerId();
     require(m_issuedIds.remove(id), "a call is announced twice, or under an id of its own making");
-    m_listed.insert(id);
+    m_listed.insert(id, call);
     ++m_added;
     m_calls.append(call);
     track(call);
@@ -128,7 +128,9 @@ void StrictHost::addCall(AbstractVoiceCallHandler *call)
 
 void StrictHost::removeCall(const QString &id)
 {
-    require(m_listed.remove(id), "a call is removed twice, or was never announced");
+    require(m_listed.contains(id), "a call is removed twice, or was never announced");
+    // Until the host has heard of its end, the call is there to be read.
+    readCall(m_listed.take(id));
     ++m_removed;
     react();
 }

@@ -6,6 +6,7 @@
 
 #include "stage.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QPointer>
 #include <QtCore/QSet>
 #include <QtCore/QVector>
@@ -60,7 +61,7 @@ private:
 
     QVector<AbstractVoiceCallProvider *> m_providers;
     QVector<QPointer<AbstractVoiceCallHandler>> m_calls; // removed ones, too, until they are deleted
-    QSet<QString> m_listed;
+    QHash<QString, AbstractVoiceCallHandler *> m_listed; // by id
     QSet<QString> m_issuedIds;
     int m_lastId = 0;
     int m_objects = 0;
