@@ -16,6 +16,7 @@
 #include <gmock/gmock.h>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 static QStringList runtimeQueries;
 
@@ -168,6 +169,13 @@ TEST_F(Factory, ConfiguredWithNoHostItStaysUnconfigured)
     EXPECT_EQ(log.startingWith("warning"), QStringList());
     ASSERT_TRUE(application.registerCallManager("/m"));
     EXPECT_EQ(host.events, QStringList("provider added " + providerId()));
+}
+
+TEST_F(Factory, BelongsToTheParentThatItIsGiven)
+{
+    QObject parent;
+    const auto *child = new CallProviderFactory(&parent);
+    EXPECT_EQ(child->parent(), &parent);
 }
 
 TEST_F(Factory, StartSuspendAndResumeSucceedAndChangeNothing)
@@ -355,20 +363,41 @@ TEST_F(Factory, ProviderOutlivesItsRemovalUntilTheEventLoopPasses)
 
 namespace {
 
-/** Lets a test act while the host is told that a provider goes. */
+/** Lets a test act while the host is told that a provider comes or goes. */
 class AnsweringHost : public RecordingHost
 {
 public:
+    void addProvider(AbstractVoiceCallProvider *provider) override
+    {
+        RecordingHost::addProvider(provider);
+        if (const auto act = std::exchange(whenAdded, nullptr))
+            act();
+    }
+
     void removeProvider(AbstractVoiceCallProvider *provider) override
     {
         RecordingHost::removeProvider(provider);
         whenRemoved();
     }
 
+    std::function<void()> whenAdded; // once
     std::function<void()> whenRemoved;
 };
 
 } // namespace
+
+TEST_F(Factory, ProviderIsInTheTableWhenTheHostGetsIt)
+{
+    AnsweringHost answering;
+    answering.whenAdded = [&] { callManagerAdded(callManager(), 8); };
+    ASSERT_TRUE(factory->initialize());
+    ASSERT_TRUE(factory->configure(&answering));
+    const LogRecorder log;
+    callManagerAdded(callManager(), 7);
+    EXPECT_EQ(answering.events, QStringList("provider added " + providerId()));
+    EXPECT_EQ(log.startingWith("warning voicecall: ").filter("Already registered").size(), 1);
+    factory.reset(); // before its host
+}
 
 TEST_F(Factory, ProviderIsOutOfTheTableWhenTheHostHearsOfItsRemoval)
 {

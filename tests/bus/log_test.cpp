@@ -447,6 +447,39 @@ TEST_F(LogTest, DialingIsTracedBeforeItIsRefused)
     EXPECT_NE(provider->errorString(), QString());
 }
 
+TEST_F(LogTest, ARegistrationAndADepartureAreTracedOnceEach)
+{
+    const LogRecorder log;
+    ScriptedApplication other;
+    ASSERT_TRUE(other.registerCallManager("/o"));
+    other.leave();
+    ASSERT_TRUE(waitFor([&] { return host.providers.size() == 1; }));
+    EXPECT_EQ(log.entries().filter("CallProviderFactory::onCallManagerAdded(").size(), 1);
+    EXPECT_EQ(log.entries().filter("CallProviderFactory::onCallManagerRemoved(").size(), 1);
+}
+
+TEST_F(LogTest, ARefusalIsTracedBeforeItIsWarnedOf)
+{
+    expectTraced("bool CallProviderFactory::configure(VoiceCallManagerInterface*)", [&] {
+        factory.configure(&host);
+        return &factory;
+    });
+    expectTraced("void CallProviderFactory::onCallManagerAdded(const DBusCallManager&, pid_t)", [&] {
+        const DBusCallManager known(application.name(), QDBusObjectPath(managerPath));
+        QMetaObject::invokeMethod(&factory, "onCallManagerAdded", Q_ARG(DBusCallManager, known), Q_ARG(pid_t, 1));
+        return &factory;
+    });
+}
+
+TEST_F(LogTest, TheRemovalOfAllCallsIsTracedBeforeThatOfEach)
+{
+    ASSERT_TRUE(addCall(active));
+    expectTraced("void CallProvider::remove()", [&] {
+        provider->remove();
+        return provider;
+    });
+}
+
 TEST_F(LogTest, AnEndIsTracedWhileEverythingIsStillThere)
 {
     ObjectWatch watch;

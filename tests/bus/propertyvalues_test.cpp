@@ -102,6 +102,13 @@ TEST(Relayable, LeavesOutAFileDescriptorInAnyContainer)
             << value;
 }
 
+TEST(Relayable, LeavesOutAFileDescriptorInAnyEntryOfADictionary)
+{
+    for (const char *value : {"{'x': <handle 0>, 'y': <'z'>}", "{'x': <'z'>, 'y': <handle 0>}",
+             "{handle 0: <'x'>, handle 0: <'y'>}", "{'x': <'y'>, 'z': <[<handle 0>]>, 'u': <1>}"})
+        EXPECT_EQ(relayed(QStringLiteral("{'a': <'x'>, 'b': <%1>}").arg(value)), QStringList("a")) << value;
+}
+
 TEST(Relayable, LeavesOutAnEmptySignatureByItself)
 {
     EXPECT_EQ(relayed("{'g': <signature ''>, 'vg': <<signature ''>>, 'vvg': <<<signature ''>>>, "
