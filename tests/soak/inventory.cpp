@@ -59,6 +59,8 @@ private:
             if (isMap)
                 argument.endMapEntry();
         }
+        // An argument that is left half read never lets go of its message.
+        isMap ? argument.endMap() : argument.endArray();
         return count;
     }
 
