@@ -60,12 +60,23 @@ static QString appIdFromPath(const QString &path)
     return id;
 }
 
-/** The path on the line that starts with the hierarchy's number and `controllers`; empty when there is none. */
+static bool isNumber(const QStringRef &text)
+{
+    const auto isDigit = [](QChar character) { return character >= QLatin1Char('0') && character <= QLatin1Char('9'); };
+    return !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), isDigit);
+}
+
+/** The path on the line "NUMBER:CONTROLLERS:PATH" with these controllers; empty when there is none. */
 static QString pathInHierarchy(const QString &cgroups, const QString &controllers)
 {
-    const QRegularExpression line(
-        QStringLiteral("^[0-9]+:%1:(.*)$").arg(controllers), QRegularExpression::MultilineOption);
-    return line.match(cgroups).captured(1);
+    const QString separated = QLatin1Char(':') + controllers + QLatin1Char(':');
+    const QVector<QStringRef> lines = cgroups.splitRef(QLatin1Char('\n'));
+    for (const QStringRef &line : lines) {
+        const int colon = line.indexOf(QLatin1Char(':'));
+        if (isNumber(line.left(colon)) && line.mid(colon).startsWith(separated))
+            return line.mid(colon + separated.size()).toString();
+    }
+    return QString();
 }
 
 ApplicationRuntime::ApplicationRuntime(const QString &procfs) : m_procfs(procfs) { }

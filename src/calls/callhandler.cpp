@@ -211,7 +211,7 @@ void CallHandler::timerEvent(QTimerEvent *event)
 void CallHandler::onStatusChanged(uint remoteStatus)
 {
     RINGLET_TRACE();
-    qDebug() << "remote object status" << remoteStatus;
+    qCDebug(defaultLog) << "remote object status" << remoteStatus;
     d->remoteStatus = remoteStatus;
     if (isOngoing()) {
         if (d->durationTimerId == -1) {

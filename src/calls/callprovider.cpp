@@ -38,7 +38,7 @@ public:
 
 void CallProviderPrivate::addHandler(const DBusCallObject &call, const QVariantMapMap &interfaces)
 {
-    qDebug() << "Adding call handler " << call.toString();
+    qCDebug(defaultLog) << "Adding call handler " << call.toString();
     auto *handler = new CallHandler(Host::newHandlerId(manager), call, interfaces, q);
     handlers.insert(call, handler);
     emit q->interfacesAdded(call, interfaces);
@@ -48,10 +48,9 @@ void CallProviderPrivate::addHandler(const DBusCallObject &call, const QVariantM
 
 void CallProviderPrivate::removeHandler(const DBusCallObject &call)
 {
-    qDebug() << "Removing call handler " << call.toString();
-    CallHandler *handler = handlers.value(call);
+    qCDebug(defaultLog) << "Removing call handler " << call.toString();
+    CallHandler *handler = handlers.take(call);
     const QString handlerId = handler->handlerId();
-    handlers.remove(call);
     // The host may still hold the pointer until it has heard of the removal.
     handler->deleteLater();
     emit q->voiceCallRemoved(handlerId);

@@ -6,10 +6,15 @@
 
 #include "common/host.h"
 
+#include <QtCore/QLoggingCategory>
+
 /**
  * Writes the trace line of an operation: its signature, the source line and the object. Stands first in
  * the operation's body, so that a log reads in the order of calls.
  */
 #define RINGLET_TRACE() qCInfo(voicecall, "%s:%d %p", Q_FUNC_INFO, __LINE__, static_cast<const void *>(this))
+
+/** Qt's default category, for qCDebug() and qCInfo(): unlike qDebug() they format nothing that nobody wants to read. */
+inline const QLoggingCategory &defaultLog() { return *QLoggingCategory::defaultCategory(); }
 
 #endif

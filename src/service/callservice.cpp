@@ -3,6 +3,8 @@
 
 #include "service/callservice.h"
 
+#include "common/trace.h"
+
 #include <QtCore/QDebug>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusConnectionInterface>
@@ -29,12 +31,20 @@ void CallService::RegisterCallManager(const QDBusObjectPath &objectPath)
     if (callManagers.contains(callManager))
         return;
 
-    qInfo() << "RegisterCallManager " << callManager.toString() << "pid" << pid;
+    qCInfo(defaultLog) << "RegisterCallManager " << callManager.toString() << "pid" << pid;
     callManagers.insert(callManager);
     emit callManagerAdded(callManager, pid);
 }
 
 DBusCallManagerList CallService::ListCallManagers() { return callManagers.values(); }
+
+// Nearly every change is of a name that nobody registered under, and is compared with all of them. Unique names of
+// one bus differ at their ends, which tells most of them apart without a call into the library.
+static bool isName(const QString &service, const QString &name)
+{
+    const int size = name.size();
+    return service.size() == size && (size == 0 || service.at(size - 1) == name.at(size - 1)) && service == name;
+}
 
 void CallService::onNameOwnerChanged(const QString &name, const QString &oldOwner, const QString &newOwner)
 {
@@ -43,7 +53,7 @@ void CallService::onNameOwnerChanged(const QString &name, const QString &oldOwne
     Q_UNUSED(newOwner)
 
     for (auto callManager = callManagers.begin(); callManager != callManagers.end();) {
-        if (callManager->service == name) {
+        if (isName(callManager->service, name)) {
             emit callManagerRemoved(*callManager);
             callManager = callManagers.erase(callManager);
         } else {

@@ -9,7 +9,7 @@ import re
 from sources import files
 
 # A room may include its own headers, and those of these others.
-ROOMS = {"platform": set(), "src": {"platform"}, "desktop": {"platform"}, "kit": set()}
+ROOMS = {"platform": set(), "src": {"platform"}, "desktop": {"platform"}, "kit": set(), "bench": {"platform", "src"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
 LAYERS = [{"plugin"}, {"service", "calls"}, {"objectmanager", "audio"}, {"common"}]

@@ -27,6 +27,7 @@ GOOD = {
     "kit/examples/phone/main.cpp": '#include "../../common/stop.h"\n#include <RingletClient/call.h>\n',
     "kit/simulator/simulator.h": "",
     "kit/simulator/simulator.cpp": '#include "simulator.h"\n#include "callserviceadaptor.h"\n',
+    "bench/subject/bare.cpp": '#include "common/trace.h"\n#include <host.h>\n',
     "tests/unit/test.cpp": '#include "calls/handler.h"\n',
 }
 

@@ -10,7 +10,8 @@ from sources import files, text_of
 BUILD_LIST = "scripts/packages"
 TEST_LIST = "scripts/packages-test"
 SIP_LIST = "scripts/packages-sip"
-LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST]
+BENCH_LIST = "scripts/packages-bench"
+LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST, BENCH_LIST]
 
 # By the name that CMake's find_package(), find_program() or pkg_check_modules() is given. What is looked
 # for on the device only is in no package.
@@ -22,6 +23,7 @@ PACKAGES = {
     "Threads": ["g++"],
     "appruntime": [],
     "baresip": ["baresip-core"],
+    "benchmark": ["libbenchmark-dev"],
     "dbus-1": ["libdbus-1-dev"],
     "dbus-daemon": ["dbus"],
     "dbus-run-session": ["dbus"],
@@ -43,7 +45,8 @@ PACKAGES = {
 # What the build, the scripts and the tests start without looking for it first.
 ALWAYS = {BUILD_LIST: {"cmake", "dbus", "g++", "ninja-build", "python3"},
           TEST_LIST: {"binutils", "libc-bin", "qtbase5-private-dev", "systemd"},
-          SIP_LIST: set()}
+          SIP_LIST: set(),
+          BENCH_LIST: {"gnuplot-nox", "libc6-dbg", "valgrind"}}
 
 # Folders that are built for the tests only, and with what is built for the demo too in them.
 TESTED = re.compile(r"tests/|kit/examples/(?!CMakeLists\.txt|qt/|baresip/)")
@@ -71,7 +74,9 @@ def listed(root, list_name):
 
 def lists_for(path):
     """The lists whose packages are there when the file is used."""
-    return LISTS if TESTED.match(path) else [BUILD_LIST]
+    if path.startswith("bench/"):
+        return [BUILD_LIST, TEST_LIST, BENCH_LIST]
+    return [BUILD_LIST, TEST_LIST, SIP_LIST] if TESTED.match(path) else [BUILD_LIST]
 
 
 def problems(root):

@@ -7,7 +7,7 @@ import subprocess
 import unittest
 
 from maketree import made_tree
-from packages import ALWAYS, BUILD_LIST, LISTS, SIP_LIST, TEST_LIST, problems
+from packages import ALWAYS, BENCH_LIST, BUILD_LIST, LISTS, SIP_LIST, TEST_LIST, problems
 
 SOURCE = pathlib.Path(os.environ["SOURCE"])
 
@@ -21,10 +21,11 @@ class TreeTest(unittest.TestCase):
 
 
 class CheckerTest(unittest.TestCase):
-    def problems(self, cmake="", folder="src", build="", test="", sip=""):
+    def problems(self, cmake="", folder="src", build="", test="", sip="", bench=""):
         """Problems of a tree with good lists, to which the given lines are added, and one file of CMake."""
         with made_tree({BUILD_LIST: GOOD_LISTS[BUILD_LIST] + build, TEST_LIST: GOOD_LISTS[TEST_LIST] + test,
-                        SIP_LIST: GOOD_LISTS[SIP_LIST] + sip, f"{folder}/CMakeLists.txt": cmake}) as root:
+                        SIP_LIST: GOOD_LISTS[SIP_LIST] + sip,
+                        BENCH_LIST: GOOD_LISTS[BENCH_LIST] + bench, f"{folder}/CMakeLists.txt": cmake}) as root:
             return list(problems(root))
 
     def test_complete_list_is_accepted(self):
@@ -46,6 +47,11 @@ class CheckerTest(unittest.TestCase):
         for folder in ("src", "kit/client", "kit/examples/qt"):
             self.assertEqual(self.problems("find_program(NPM npm REQUIRED)", folder=folder, test="npm # why\n"),
                              [f"{folder}/CMakeLists.txt: looks for npm, but npm is missing in {BUILD_LIST}"])
+
+    def test_benchmarks_have_a_list_that_the_tests_have_not(self):
+        for folder, problems in (("bench", 0), ("tests/a", 1), ("src", 1)):
+            found = self.problems("find_package(benchmark REQUIRED)", folder=folder, bench="libbenchmark-dev # why\n")
+            self.assertEqual(len(found), problems, found)
 
     def test_unknown_names_are_reported(self):
         found = self.problems("if(x)\n  find_package(Foo)\nendif()\nfind_program(BAR bar REQUIRED)\n"

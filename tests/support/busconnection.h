@@ -30,6 +30,9 @@ public:
     /** Sends without waiting; the message's serial, which its reply carries. */
     uint32_t send(const Message &message);
 
+    /** Waits until all that was sent has left. */
+    void flush() { dbus_connection_flush(m_connection); }
+
     /** Sends and waits for the answer; throws std::runtime_error with the error's text. */
     Message call(const Message &message);
 

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef BENCH_MEASUREMENTS_H
+#define BENCH_MEASUREMENTS_H
+
+#include "results.h"
+
+/** What the measurements share: the address of the bus, and where the rows go. */
+struct Bench
+{
+    std::string address;
+    Results &results;
+    /** Fewer and smaller, to see that it works. */
+    bool isShort = false;
+    /** Where callgrind's files are kept, for callgrind_annotate; empty to drop them. */
+    std::string profiles;
+};
+
+// Each adds its rows; what they mean stands in docs/performance.md.
+void measureStatus(const Bench &bench);
+void measureCommands(const Bench &bench);
+void measureRegistration(const Bench &bench);
+void measureAnnouncement(const Bench &bench);
+void measureAudio(const Bench &bench);
+void measureScale(const Bench &bench);
+void measureDeparture(const Bench &bench);
+void measureFlood(const Bench &bench);
+void measureIdle(const Bench &bench);
+void measureLoading(const Bench &bench);
+void measureLog(const Bench &bench);
+void countInstructions(const Bench &bench);
+
+#endif

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#ifndef BENCH_RESULTS_H
+#define BENCH_RESULTS_H
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+#include <string>
+#include <utility>
+#include <vector>
+
+/** What was measured of one program in one row; values in the row's unit, in the order of measuring. */
+struct Samples
+{
+    std::string who;
+    std::vector<double> values;
+
+    /** The value that `share` of all are not above; 0 when there is none. */
+    double percentile(double share) const;
+};
+
+/** One row: the same thing done by several programs in turns. */
+struct Row
+{
+    std::string name;
+    /** How many calls, registrations, … the row is about; 0 where that is no question. */
+    int size = 0;
+    std::string unit;
+    std::vector<Samples> samples;
+};
+
+/** All rows, told on standard output as they come, and written as JSON at the end. */
+class Results
+{
+public:
+    void add(const Row &row);
+
+    /** Throws std::runtime_error when the file cannot be written. */
+    void write(const std::string &file) const;
+
+private:
+    QJsonArray m_rows;
+};
+
+#endif

@@ -1,0 +1,59 @@
+# SPDX-FileCopyrightText: 2026 The Ringlet Authors
+# SPDX-License-Identifier: BSD-3-Clause
+
+"""Compares counts of instructions with those that are recorded: counts.py --check|--record COUNTS RECORDED."""
+
+import json
+import sys
+
+from results import Results
+
+# What one count differs from the next by: how often a thread looks in vain is not the same twice.
+TOLERANCE = 1.04
+
+TRACE = "instructions, trace that is off"
+
+
+def ratios(results):
+    """The plug-in's instructions over those of each floor, by row and floor; of a trace line, they themselves."""
+    found = {}
+    for (name, size), values in sorted(results.values.items()):
+        plugin = values["plug-in"]["p50"]
+        if name == TRACE:
+            found[name] = plugin
+        for floor in ("bare", "bare, sending"):
+            if floor in values:
+                found[f"{name} {size} / {floor}"] = plugin / values[floor]["p50"]
+    return found
+
+
+def compare(now, recorded):
+    """A line for each that is worse than recorded, or not in both."""
+    for key in sorted(set(now) | set(recorded)):
+        if key not in now or key not in recorded:
+            yield f"{key}: is only in {'this run' if key in now else 'the record'}"
+        elif now[key] > recorded[key] * TOLERANCE:
+            yield f"{key}: {now[key]:.3f}, recorded {recorded[key]:.3f}"
+
+
+def main(mode, counts, record):
+    now = ratios(Results(counts))
+    if mode == "--record":
+        with open(record, "w", encoding="utf-8") as file:
+            json.dump({key: round(value, 3) for key, value in now.items()}, file, indent=2)
+            file.write("\n")
+        return 0
+    with open(record, encoding="utf-8") as file:
+        recorded = json.load(file)
+    worse = list(compare(now, recorded))
+    for key, value in now.items():
+        print(f"{value:8.3f}  recorded {recorded.get(key, float('nan')):8.3f}  {key}")
+    for line in worse:
+        print(f"Worse: {line}", file=sys.stderr)
+    if worse:
+        print("If this is meant to be so: scripts/bench --record writes the record anew.", file=sys.stderr)
+    return 1 if worse else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "subject.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
+#include <QtCore/QSocketNotifier>
+#include <malloc.h>
+#include <unistd.h>
+#include <valgrind/callgrind.h>
+
+int Subject::run()
+{
+    QSocketNotifier requests(controlDescriptor, QSocketNotifier::Read);
+    connect(&requests, &QSocketNotifier::activated, this, &Subject::serve);
+    report(EventKind::Ready);
+    return QCoreApplication::exec();
+}
+
+void Subject::report(const Event &event)
+{
+    if (write(controlDescriptor, &event, sizeof event) != sizeof event)
+        _exit(1);
+}
+
+void Subject::serve()
+{
+    Request request = {};
+    if (read(controlDescriptor, &request, sizeof request) == sizeof request)
+        carryOut(request);
+    else
+        QCoreApplication::quit();
+}
+
+static int64_t residentBytes()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').at(1).toLongLong() * sysconf(_SC_PAGESIZE) : 0;
+}
+
+static Event memory()
+{
+    malloc_trim(0);
+    const struct mallinfo2 heap = mallinfo2();
+    return {EventKind::Memory, now(), 0, int64_t(heap.uordblks + heap.hblkhd), residentBytes()};
+}
+
+void Subject::carryOut(const Request &request)
+{
+    const int64_t at = now();
+    const int64_t before = timeOf(CLOCK_THREAD_CPUTIME_ID);
+    perform(request);
+    const int64_t cost = timeOf(CLOCK_THREAD_CPUTIME_ID) - before;
+    report(request.command == Command::Memory ? memory() : Event{EventKind::Done, at, cost, 0, 0});
+}
+
+void Subject::perform(const Request &request)
+{
+    switch (request.command) {
+    case Command::Answer:
+    case Command::Hold:
+    case Command::SendTones:
+        command(request.command, request.call);
+        break;
+    case Command::ChangeRoute:
+        changeRoute();
+        break;
+    case Command::ChangeDevices:
+        changeDevices();
+        break;
+    case Command::CountFrom:
+        CALLGRIND_START_INSTRUMENTATION;
+        break;
+    case Command::CountUpTo:
+        CALLGRIND_STOP_INSTRUMENTATION;
+        CALLGRIND_DUMP_STATS;
+        break;
+    case Command::Trace:
+        trace(request.call);
+        break;
+    case Command::Memory:
+        break;
+    }
+}
