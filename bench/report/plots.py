@@ -7,7 +7,7 @@ import subprocess
 
 # File, title, label of the other axis, and the rows with who is drawn of each.
 PLOTS = [
-    ("status", "StatusChanged until the host's statusChanged", "calls up", "µs", 1e3,
+    ("status", "from the application's StatusChanged to the host's statusChanged", "calls up", "µs", 1e3,
      [("status", who) for who in ("relay", "libdbus", "bare", "plug-in")]),
     ("calls", "calls that come with a snapshot, and go with their application", "calls", "ms", 1e6,
      [(row, who) for row in ("snapshot", "teardown") for who in ("bare", "plug-in")]),
@@ -25,7 +25,7 @@ def script(results, plot):
     _, title, axis, unit, scale, lines = plot
     drawn = ", ".join(f"'-' using 1:2 with linespoints title '{name}, {who}'" if len({row for row, _ in lines}) > 1
                       else f"'-' using 1:2 with linespoints title '{who}'" for name, who in lines)
-    return (f"set terminal svg size 720,400 font 'sans,12' background '#ffffff'\nset title '{title}'\n"
+    return (f"set terminal svg size 720,400 font 'sans,12' background '#ffffff'\nset title \"{title}\"\n"
             f"set xlabel '{axis}'\nset ylabel '{unit}'\nset logscale xy\nset key left top\nset grid\n"
             f"set encoding utf8\nplot {drawn}\n" + "".join(data(results, name, who, scale) for name, who in lines))
 

@@ -309,6 +309,31 @@ TEST_F(CallServiceTest, LogsNothingForADuplicateAListOrADeparture)
     EXPECT_TRUE(log.entries().isEmpty()) << log.entries().join('\n').toStdString();
 }
 
+TEST_F(CallServiceTest, DepartureOfANameThatDiffersInOneCharacterOnlyChangesNothing)
+{
+    ScriptedApplication application;
+    ASSERT_TRUE(application.registerCallManager("/app/calls"));
+    const QString name = application.name();
+    for (int i = 0; i < name.size(); ++i) {
+        QString other = name;
+        other[i] = QLatin1Char('x');
+        QMetaObject::invokeMethod(
+            &service, "onNameOwnerChanged", Q_ARG(QString, other), Q_ARG(QString, other), Q_ARG(QString, QString()));
+    }
+    for (const QString &other : {QString(), name + QLatin1Char('1'), name.chopped(1)}) {
+        QMetaObject::invokeMethod(
+            &service, "onNameOwnerChanged", Q_ARG(QString, other), Q_ARG(QString, other), Q_ARG(QString, QString()));
+    }
+    EXPECT_TRUE(removed.empty());
+    EXPECT_EQ(service.ListCallManagers().size(), 1);
+}
+
+TEST(CallService, BelongsToItsParent)
+{
+    QObject parent;
+    EXPECT_EQ((new CallService(&parent))->parent(), &parent);
+}
+
 TEST(CallService, ComesAndGoesWithoutAWordAndAnnouncesNoRemovalAtItsEnd)
 {
     const LogRecorder log;
@@ -335,5 +360,6 @@ TEST(CallService, WatchesTheBusBeforeItIsExported)
     ASSERT_TRUE(waitFor([&] { return !monitor.traffic().filter("member='NameOwnerChanged'").isEmpty(); }));
     const QString rule = monitor.traffic().filter("member='NameOwnerChanged'").constFirst();
     EXPECT_TRUE(rule.contains("AddMatch"));
+    EXPECT_TRUE(rule.contains("interface='org.freedesktop.DBus'")) << rule.toStdString();
     EXPECT_FALSE(rule.contains("arg0")) << "one rule serves every name: " << rule.toStdString();
 }

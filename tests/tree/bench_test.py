@@ -34,10 +34,6 @@ class ReportTest(unittest.TestCase):
             found = list(goals.by_ratio(made_results(("Accept", 0, "ns", {"bare": 100, "plug-in": plugin}))))
             self.assertEqual([goal.is_met for goal in found], [is_met])
 
-    def test_flood_is_judged_by_its_p99(self):
-        row = made_results(("answer under flood", 0, "ns", {"bare": 1000, "plug-in": 1200}))
-        self.assertIn("2.4 µs (1.20 ×)", next(goals.by_ratio(row)).figure)
-
     def test_wake_up_of_an_idle_plug_in_misses_its_goal(self):
         row = ("idle, wake-ups", 60, "count", {"bare": 0, "plug-in": 1, "plug-in, one ongoing": 60})
         found = list(goals.idle(made_results(row, ("idle, messages", 60, "count", {"all on the bus": 0}))))
