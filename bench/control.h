@@ -37,7 +37,7 @@ enum class EventKind : uint32_t {
     CallAdded,
     CallGone, // the call's object is destroyed
     ManagerGone, // the call manager's object is destroyed
-    Done, // a request was carried out, from `begin` on
+    Done, // a request was carried out, from `at` on
     Memory,
 };
 

@@ -89,12 +89,12 @@ void measureLog(const Bench &bench)
     }
 }
 
-// The host's command until the application has it, and how long it keeps the host's main thread.
-static std::pair<double, double> command(Party &party, Command command)
+// What the host does until the last of so many calls has heard of it, and how long it keeps the host's main thread.
+static std::pair<double, double> command(Party &party, Command command, int calls)
 {
     party.receiver.request(command);
     const Event sent = party.receiver.next(EventKind::Done);
-    const int64_t received = party.application.waitForCommands(1);
+    const int64_t received = party.application.waitForCommands(calls);
     return {double(received - sent.at), double(sent.cost)};
 }
 
@@ -119,7 +119,7 @@ void measureCommands(const Bench &bench)
             if (all[i]->receiver.kind() == Kind::Peer && !row.isForPeer)
                 continue;
             contenders.push_back({all[i]->who(), [&, i] {
-                                      const auto [latency, cost] = command(*all[i], row.command);
+                                      const auto [latency, cost] = command(*all[i], row.command, 1);
                                       costs[i].push_back(cost);
                                       return latency;
                                   }});
@@ -195,15 +195,6 @@ void measureAnnouncement(const Bench &bench)
     }
 }
 
-// A change of the host's audio until the last of the calls has heard of it.
-static std::pair<double, double> audioChange(Party &party, Command command, int calls)
-{
-    party.receiver.request(command);
-    const Event sent = party.receiver.next(EventKind::Done);
-    const int64_t received = party.application.waitForCommands(calls);
-    return {double(received - sent.at), double(sent.cost)};
-}
-
 void measureAudio(const Bench &bench)
 {
     static const struct
@@ -220,7 +211,7 @@ void measureAudio(const Bench &bench)
                 costs.push_back({party->who(), {}});
             for (size_t i = 0; i < all.size(); ++i) {
                 contenders.push_back({all[i]->who(), [&, i, calls] {
-                                          const auto [latency, cost] = audioChange(*all[i], row.command, calls);
+                                          const auto [latency, cost] = command(*all[i], row.command, calls);
                                           costs[i].values.push_back(cost);
                                           return latency;
                                       }});
