@@ -21,7 +21,8 @@ endif()
 add_link_options(LINKER:-z,defs)
 
 if(RINGLET_SANITIZE)
-    add_compile_options(-fsanitize=${RINGLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # Of debugging information only what a report shows: the rest is a good part of building.
+    add_compile_options(-fsanitize=${RINGLET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
     add_link_options(-fsanitize=${RINGLET_SANITIZE})
 endif()
 

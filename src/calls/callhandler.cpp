@@ -211,7 +211,8 @@ void CallHandler::timerEvent(QTimerEvent *event)
 void CallHandler::onStatusChanged(uint remoteStatus)
 {
     RINGLET_TRACE();
-    qCDebug(defaultLog) << "remote object status" << remoteStatus;
+    if (defaultLog().isDebugEnabled())
+        qDebug() << "remote object status" << remoteStatus;
     d->remoteStatus = remoteStatus;
     if (isOngoing()) {
         if (d->durationTimerId == -1) {

@@ -38,7 +38,8 @@ public:
 
 void CallProviderPrivate::addHandler(const DBusCallObject &call, const QVariantMapMap &interfaces)
 {
-    qCDebug(defaultLog) << "Adding call handler " << call.toString();
+    if (defaultLog().isDebugEnabled())
+        qDebug() << "Adding call handler " << call.toString();
     auto *handler = new CallHandler(Host::newHandlerId(manager), call, interfaces, q);
     handlers.insert(call, handler);
     emit q->interfacesAdded(call, interfaces);
@@ -48,7 +49,8 @@ void CallProviderPrivate::addHandler(const DBusCallObject &call, const QVariantM
 
 void CallProviderPrivate::removeHandler(const DBusCallObject &call)
 {
-    qCDebug(defaultLog) << "Removing call handler " << call.toString();
+    if (defaultLog().isDebugEnabled())
+        qDebug() << "Removing call handler " << call.toString();
     CallHandler *handler = handlers.take(call);
     const QString handlerId = handler->handlerId();
     // The host may still hold the pointer until it has heard of the removal.

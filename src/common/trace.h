@@ -14,7 +14,7 @@
  */
 #define RINGLET_TRACE() qCInfo(voicecall, "%s:%d %p", Q_FUNC_INFO, __LINE__, static_cast<const void *>(this))
 
-/** Qt's default category, for qCDebug() and qCInfo(): unlike qDebug() they format nothing that nobody wants to read. */
+/** Qt's default category, to be asked first: qDebug() and qInfo() format what nobody wants to read, too. */
 inline const QLoggingCategory &defaultLog() { return *QLoggingCategory::defaultCategory(); }
 
 #endif

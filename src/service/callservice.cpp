@@ -31,7 +31,8 @@ void CallService::RegisterCallManager(const QDBusObjectPath &objectPath)
     if (callManagers.contains(callManager))
         return;
 
-    qCInfo(defaultLog) << "RegisterCallManager " << callManager.toString() << "pid" << pid;
+    if (defaultLog().isInfoEnabled())
+        qInfo() << "RegisterCallManager " << callManager.toString() << "pid" << pid;
     callManagers.insert(callManager);
     emit callManagerAdded(callManager, pid);
 }
