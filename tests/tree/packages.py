@@ -11,6 +11,7 @@ BUILD_LIST = "scripts/packages"
 TEST_LIST = "scripts/packages-test"
 SIP_LIST = "scripts/packages-sip"
 BENCH_LIST = "scripts/packages-bench"
+COMMON = "scripts/common"
 LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST, BENCH_LIST]
 
 # By the name that CMake's find_package(), find_program() or pkg_check_modules() is given. What is looked
@@ -94,6 +95,16 @@ def problems(root):
             available = sum((packages[name] for name in lists), [])
             for command, arguments in COMMAND.findall(text_of(root, path)):
                 yield from missing(path, looked_for(command, arguments), available, lists)
+        if path.startswith("scripts/") and path != COMMON:
+            yield from incomplete(path, text_of(root, path))
+
+
+def incomplete(path, script):
+    """A tree with the tests looks for what all of them need, also if only one target of it is built."""
+    if "-DBUILD_TESTING=ON" in script and "test_packages" not in script:
+        yield f"{path}: configures the tests and does not install the test_packages of {COMMON}"
+    if TEST_LIST in script:
+        yield f"{path}: installs {TEST_LIST} alone; test_packages of {COMMON} has what goes with it"
 
 
 def bad_lines(root, list_name):

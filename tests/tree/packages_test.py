@@ -53,6 +53,14 @@ class CheckerTest(unittest.TestCase):
             found = self.problems("find_package(benchmark REQUIRED)", folder=folder, bench="libbenchmark-dev # why\n")
             self.assertEqual(len(found), problems, found)
 
+    def test_who_configures_the_tests_installs_what_they_need(self):
+        for script, expected in (("install_packages \"${test_packages[@]}\"\nbuild_tree b -DBUILD_TESTING=ON", 0),
+                                 ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=OFF", 0),
+                                 ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=ON", 1),
+                                 ("install_packages scripts/packages scripts/packages-test", 1)):
+            with made_tree({**GOOD_LISTS, "scripts/soak": script, "scripts/common": TEST_LIST}) as root:
+                self.assertEqual(len(list(problems(root))), expected, script)
+
     def test_unknown_names_are_reported(self):
         found = self.problems("if(x)\n  find_package(Foo)\nendif()\nfind_program(BAR bar REQUIRED)\n"
                               "pkg_check_modules(BAZ REQUIRED\n    IMPORTED_TARGET baz>=1.0 baz2)\n")
