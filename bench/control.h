@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <unistd.h>
 
 // What the driver and the measured programs say to each other, over a socket pair beside the bus: fixed
 // records, so that nothing is parsed while time is taken. The programs find their end at controlDescriptor.
@@ -43,7 +44,7 @@ enum class EventKind : uint32_t {
 
 struct Event
 {
-    EventKind kind;
+    EventKind kind = EventKind::Ready;
     /** When it happened, or the request began: nanoseconds of the clock that all processes share. */
     int64_t at = 0;
     /** Of a request: processor time that it took of the main thread, nanoseconds. */
@@ -61,6 +62,22 @@ inline int64_t timeOf(clockid_t clock)
 }
 
 inline int64_t now() { return timeOf(CLOCK_MONOTONIC); }
+
+/** What happens at this moment. */
+inline Event eventNow(EventKind kind)
+{
+    Event event = {};
+    event.kind = kind;
+    event.at = now();
+    return event;
+}
+
+/** Tells the driver; a program whose driver has gone ends. */
+inline void report(const Event &event)
+{
+    if (write(controlDescriptor, &event, sizeof event) != sizeof event)
+        _exit(1);
+}
 
 // Calls whose URI begins so are played by a flooder: their status is received and not reported.
 constexpr char floodUri[] = "flood:";

@@ -76,18 +76,11 @@ void Application::waitForSnapshots(int count)
 
 void Application::answerSnapshot()
 {
+    std::vector<ObjectReport> objects;
+    for (int i = 0; i < m_snapshotSize; ++i)
+        objects.push_back(report(m_kind, uint32_t(i)));
     const Message reply = Message::reply(*m_snapshotRequest);
-    DBusMessageIter end;
-    DBusMessageIter objects;
-    dbus_message_iter_init_append(reply.raw(), &end);
-    dbus_message_iter_open_container(&end, DBUS_TYPE_ARRAY, "{oa{sa{sv}}}", &objects);
-    for (int i = 0; i < m_snapshotSize; ++i) {
-        DBusMessageIter object;
-        dbus_message_iter_open_container(&objects, DBUS_TYPE_DICT_ENTRY, nullptr, &object);
-        report(m_kind, uint32_t(i)).appendTo(&object);
-        dbus_message_iter_close_container(&objects, &object);
-    }
-    dbus_message_iter_close_container(&end, &objects);
+    appendObjects(reply.raw(), objects);
     m_snapshotRequest.reset();
     ++m_snapshots;
     m_bus.send(reply);

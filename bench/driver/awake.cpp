@@ -3,6 +3,8 @@
 
 #include "awake.h"
 
+#include "processor.h"
+
 #include <csignal>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -12,10 +14,7 @@
 [[noreturn]] static void spin(long processor)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    CPU_SET(size_t(processor), &set);
-    sched_setaffinity(0, sizeof set, &set);
+    runOn(processor);
     const sched_param priority = {};
     if (sched_setscheduler(0, SCHED_IDLE, &priority) != 0)
         _exit(1);
@@ -24,7 +23,7 @@
 
 Awake::Awake()
 {
-    for (long processor = 0; processor < sysconf(_SC_NPROCESSORS_ONLN); ++processor) {
+    for (long processor = 0; processor < processorCount(); ++processor) {
         const pid_t spinner = fork();
         if (spinner == 0)
             spin(processor);

@@ -9,7 +9,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
-#include <memory>
 #include <stdexcept>
 
 namespace {

@@ -13,11 +13,12 @@
 
 using Parties = std::vector<std::unique_ptr<Party>>;
 
-static Parties parties(const Bench &bench, std::initializer_list<Kind> kinds, CallKind call, int calls)
+static Parties parties(
+    const Bench &bench, std::initializer_list<Kind> kinds, CallKind call, int calls, const Start &start = {})
 {
     Parties all;
     for (const Kind kind : kinds) {
-        all.push_back(std::make_unique<Party>(bench.address, kind));
+        all.push_back(std::make_unique<Party>(bench.address, kind, start));
         all.back()->bringUp(call, calls);
     }
     return all;
@@ -80,11 +81,9 @@ void measureLog(const Bench &bench)
     } modes[] = {{"status, log silent", "*=false"}, {"status, log traced", "voicecall.info=true"}};
     RelayedSocket relay;
     for (const auto &mode : modes) {
-        Parties all;
-        for (const Kind kind : {Kind::Bare, Kind::Plugin}) {
-            all.push_back(std::make_unique<Party>(bench.address, kind, Start{{}, mode.rules, "/dev/null"}));
-            all.back()->bringUp(CallKind::Plain, 1);
-        }
+        Start start;
+        start.logging = mode.rules;
+        const Parties all = parties(bench, {Kind::Bare, Kind::Plugin}, CallKind::Plain, 1, start);
         bench.results.add(statusRow(all, relay, mode.name, 1, {bench.isShort ? 4 : 40, 50}));
     }
 }

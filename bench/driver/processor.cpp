@@ -6,11 +6,14 @@
 #include <sched.h>
 #include <unistd.h>
 
-void runOn(Side side)
+void runOn(Side side) { runOn(side == Side::Applications ? 0 : processorCount() - 1); }
+
+void runOn(long processor)
 {
-    const long last = sysconf(_SC_NPROCESSORS_ONLN) - 1;
     cpu_set_t set;
     CPU_ZERO(&set);
-    CPU_SET(side == Side::Applications ? 0 : size_t(last), &set);
+    CPU_SET(size_t(processor), &set);
     sched_setaffinity(0, sizeof set, &set);
 }
+
+long processorCount() { return sysconf(_SC_NPROCESSORS_ONLN); }

@@ -12,4 +12,9 @@
 enum class Side { Applications, Measured };
 void runOn(Side side);
 
+/** On the processor of this number, which counts from 0. */
+void runOn(long processor);
+
+long processorCount();
+
 #endif

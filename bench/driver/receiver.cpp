@@ -74,14 +74,14 @@ void Receiver::read()
     if (size == 0)
         throw std::runtime_error(m_name + " has ended");
     for (ssize_t i = 0; i < size / ssize_t(sizeof(Event)); ++i)
-        of(events[i].kind).push_back(events[i]);
+        m_events[events[i].kind].push_back(events[i]);
 }
 
 Event Receiver::next(EventKind kind) { return nth(kind, 1); }
 
 Event Receiver::nth(EventKind kind, int count)
 {
-    std::deque<Event> &events = of(kind);
+    std::deque<Event> &events = m_events[kind];
     m_loop.waitUntil([&] { return int(events.size()) >= count; }, "event " + std::to_string(int(kind)));
     const Event event = events[size_t(count) - 1];
     events.erase(events.begin(), events.begin() + count);

@@ -8,8 +8,8 @@
 #include "control.h"
 #include "loop.h"
 
-#include <array>
 #include <deque>
+#include <map>
 
 /** The programs that are measured against each other. */
 enum class Kind {
@@ -53,14 +53,13 @@ public:
 
 private:
     void read();
-    std::deque<Event> &of(EventKind kind) { return m_events.at(size_t(kind)); }
 
     Loop &m_loop;
     Kind m_kind;
     std::string m_name;
     SocketPair m_control;
     Child m_child;
-    std::array<std::deque<Event>, 7> m_events;
+    std::map<EventKind, std::deque<Event>> m_events;
 };
 
 /** Command line of the program of a kind, with these arguments. */

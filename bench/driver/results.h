@@ -7,7 +7,6 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <string>
-#include <utility>
 #include <vector>
 
 /** What was measured of one program in one row; values in the row's unit, in the order of measuring. */

@@ -15,54 +15,57 @@ namespace {
 struct Measured
 {
     Loop loop;
-    std::unique_ptr<Receiver> receiver;
+    Receiver receiver;
     std::vector<double> coming;
     std::vector<double> going;
     Event before = {};
     Event after = {};
 
-    explicit Measured(const Bench &bench, Kind kind) : receiver(std::make_unique<Receiver>(loop, kind))
+    explicit Measured(const Bench &bench, Kind kind) : receiver(loop, kind)
     {
         // What the first application makes everybody allocate for good is not the calls'.
         bringUp(bench, 1, false);
         going.clear();
         coming.clear();
-        before = receiver->memory();
+        before = receiver.memory();
     }
 
     // A snapshot of so many calls, and the application's departure.
     void bringUp(const Bench &bench, int calls, bool isMemoryTaken)
     {
-        auto application = std::make_unique<Application>(loop, bench.address, *receiver);
+        auto application = std::make_unique<Application>(loop, bench.address, receiver);
         application->setSnapshot(CallKind::Plain, calls);
         application->holdSnapshot();
         application->registerManager();
         const int64_t begin = application->sendSnapshot();
-        coming.push_back(double(receiver->nth(EventKind::CallAdded, calls).at - begin));
-        application->settle();
-        if (isMemoryTaken)
-            after = receiver->memory();
-        const int64_t left = now();
-        application.reset();
-        const int64_t gone = receiver->nth(EventKind::CallGone, calls).at;
-        going.push_back(double(std::max(gone, receiver->next(EventKind::ManagerGone).at) - left));
+        coming.push_back(double(receiver.nth(EventKind::CallAdded, calls).at - begin));
+        const int64_t left = leave(std::move(application), isMemoryTaken);
+        const int64_t gone = receiver.nth(EventKind::CallGone, calls).at;
+        going.push_back(double(std::max(gone, receiver.next(EventKind::ManagerGone).at) - left));
     }
 
     // So many registrations of one application, and its departure; `coming` is the whole of them.
     void registerMany(const Bench &bench, int registrations, bool isMemoryTaken)
     {
-        auto application = std::make_unique<Application>(loop, bench.address, *receiver);
+        auto application = std::make_unique<Application>(loop, bench.address, receiver);
         double sum = 0;
         for (int i = 0; i < registrations; ++i)
             sum += double(application->registerManager());
         coming.push_back(sum);
         application->waitForSnapshots(registrations);
+        const int64_t left = leave(std::move(application), isMemoryTaken);
+        going.push_back(double(receiver.nth(EventKind::ManagerGone, registrations).at - left));
+    }
+
+    // When it left, once all is at rest and the memory is taken, if it is.
+    int64_t leave(std::unique_ptr<Application> application, bool isMemoryTaken)
+    {
         application->settle();
         if (isMemoryTaken)
-            after = receiver->memory();
+            after = receiver.memory();
         const int64_t left = now();
         application.reset();
-        going.push_back(double(receiver->nth(EventKind::ManagerGone, registrations).at - left));
+        return left;
     }
 
     double heap(int count) const { return double(after.heap - before.heap) / count; }

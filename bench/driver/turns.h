@@ -19,12 +19,12 @@ struct Contender
 /** How often: the contenders take turns, `length` times each, so that what disturbs the machine disturbs them all. */
 struct Turns
 {
-    int count = 40;
-    int length = 50;
+    int count;
+    int length;
 };
 
 /** Measures them against each other; what comes first is thrown away, since it warms up. */
 Row measure(const std::string &name, int size, const std::string &unit, const std::vector<Contender> &contenders,
-    const Turns &turns = {});
+    const Turns &turns);
 
 #endif

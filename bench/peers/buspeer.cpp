@@ -14,12 +14,6 @@
 
 namespace {
 
-void report(const Event &event)
-{
-    if (write(controlDescriptor, &event, sizeof event) != sizeof event)
-        _exit(1);
-}
-
 class Peer
 {
 public:
@@ -30,7 +24,7 @@ public:
 
     void run()
     {
-        report({EventKind::Ready, now(), 0, 0, 0});
+        report(eventNow(EventKind::Ready));
         pollfd descriptors[] = {{m_bus.descriptor(), POLLIN, 0}, {controlDescriptor, POLLIN, 0}};
         for (bool isWanted = true; isWanted;) {
             m_bus.pump([this](const Message &message) { handle(message); });
@@ -45,11 +39,11 @@ private:
     {
         const std::string member = message.member();
         if (member == "StatusChanged")
-            report({EventKind::Status, now(), 0, 0, 0});
+            report(eventNow(EventKind::Status));
         else if (member == "InterfacesAdded")
-            report({EventKind::CallAdded, now(), 0, 0, 0});
+            report(eventNow(EventKind::CallAdded));
         else if (member == "InterfacesRemoved")
-            report({EventKind::CallGone, now(), 0, 0, 0});
+            report(eventNow(EventKind::CallGone));
         else if (member == "RegisterCallManager")
             acceptRegistration(message);
     }
@@ -66,10 +60,10 @@ private:
         Request request = {};
         if (read(controlDescriptor, &request, sizeof request) != sizeof request)
             return false;
-        const int64_t at = now();
+        const Event done = eventNow(EventKind::Done);
         m_bus.send(
             Message::call({m_application, "/app/" + std::to_string(request.call), "zelkovar.Call.Call1"}, "Accept"));
-        report({EventKind::Done, at, 0, 0, 0});
+        report(done);
         return true;
     }
 

@@ -38,7 +38,7 @@ static int end()
         pollfd descriptor = {farDescriptor, POLLIN, 0};
         poll(&descriptor, 1, -1);
         const ssize_t count = read(farDescriptor, buffer, sizeof buffer);
-        const Event event = {EventKind::Status, now(), 0, 0, 0};
+        const Event event = eventNow(EventKind::Status);
         if (count <= 0 || write(controlDescriptor, &event, sizeof event) != sizeof event
             || write(farDescriptor, buffer, size_t(count)) != count)
             return 0;

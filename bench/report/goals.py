@@ -54,6 +54,9 @@ RATIOS = [
     ("resident per registration", "resident memory per registration, of {}", 1.3),
 ]
 
+# Rows in which something is broadcast, so that the floor that sends the same is worth a figure.
+SENDING = {"InterfacesAdded", "snapshot", "teardown"}
+
 MICROSECOND = 1e3
 MILLISECOND = 1e6
 
@@ -64,7 +67,7 @@ def by_ratio(results):
             unit = results.units[row]
             ratio = results.ratio(row, size)
             ratios = f"{ratio:.2f} ×"
-            if results.has(row, size, "bare, sending") and "per" not in row and row != "departure":
+            if row in SENDING and results.has(row, size, "bare, sending"):
                 ratios += f"; {results.ratio(row, size, 'bare, sending'):.2f} × of one that sends the same"
             yield Goal(what.format(f"{size:,}"), f"{amount(results.of(row, size, 'plug-in'), unit)} ({ratios})",
                        amount(results.of(row, size, "bare"), unit), f"≤ {limit} ×", ratio, limit)

@@ -25,8 +25,9 @@ class Results:
     def has(self, name, size, who):
         return who in self.values.get((name, size), {})
 
-    def ratio(self, name, size, floor="bare", quantile="p50"):
-        return self.of(name, size, "plug-in", quantile) / self.of(name, size, floor, quantile)
+    def ratio(self, name, size, floor="bare"):
+        """Of p50, the plug-in's to that of the floor."""
+        return self.of(name, size, "plug-in") / self.of(name, size, floor)
 
 
 def read_in_process(path):

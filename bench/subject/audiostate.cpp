@@ -14,7 +14,7 @@ static AudioDevice device(const char *id, AudioDevice::Type type, bool isInput, 
     return device;
 }
 
-AudioRouteState usualAudioState()
+static AudioRouteState makeState()
 {
     AudioRouteState state;
     state.devices
@@ -23,5 +23,11 @@ AudioRouteState usualAudioState()
             device("headset", AudioDevice::WiredHeadset, true, true)};
     state.inputDeviceId = QStringLiteral("microphone");
     state.outputDeviceId = QStringLiteral("earpiece");
+    return state;
+}
+
+const AudioRouteState &usualAudioState()
+{
+    static const AudioRouteState state = makeState();
     return state;
 }

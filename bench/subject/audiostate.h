@@ -7,6 +7,6 @@
 #include <audioroutestate.h>
 
 /** A phone's usual devices: earpiece, speaker, microphone and a headset. */
-AudioRouteState usualAudioState();
+const AudioRouteState &usualAudioState();
 
 #endif

@@ -8,16 +8,11 @@
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 
-static const AudioRouteState &audioState()
-{
-    static const AudioRouteState state = usualAudioState();
-    return state;
-}
-
 static void sendAudioState(const BareCall *call)
 {
+    const AudioRouteState &state = usualAudioState();
     call->audioControlProxy->UpdateAudioRouteState(
-        audioState().devices, audioState().microphoneMuted, audioState().inputDeviceId, audioState().outputDeviceId);
+        state.devices, state.microphoneMuted, state.inputDeviceId, state.outputDeviceId);
 }
 
 static void broadcast(const char *member, const BareCall *call, const QVariant &what)
@@ -37,7 +32,7 @@ void BareReceiver::addManager(BareManager *manager)
 {
     connect(manager, &BareManager::callAdded, this, &BareReceiver::addCall);
     connect(manager, &BareManager::callRemoved, this, &BareReceiver::removeCall);
-    connect(manager, &QObject::destroyed, this, [] { report(EventKind::ManagerGone); });
+    connect(manager, &QObject::destroyed, this, [] { report(eventNow(EventKind::ManagerGone)); });
 }
 
 void BareReceiver::addCall(BareCall *call)
@@ -46,13 +41,13 @@ void BareReceiver::addCall(BareCall *call)
         sendAudioState(call);
     if (m_sends)
         broadcast("InterfacesAdded", call, QVariant::fromValue(call->interfaces()));
-    report(EventKind::CallAdded);
+    report(eventNow(EventKind::CallAdded));
     connect(call, &BareCall::statusChanged, this, [call] {
-        const Event event = {EventKind::Status, now(), 0, 0, 0};
+        const Event event = eventNow(EventKind::Status);
         if (!call->isFlood())
             report(event);
     });
-    connect(call, &QObject::destroyed, this, [] { report(EventKind::CallGone); });
+    connect(call, &QObject::destroyed, this, [] { report(eventNow(EventKind::CallGone)); });
     m_calls.append(call);
 }
 
@@ -76,9 +71,9 @@ void BareReceiver::command(Command command, uint32_t call)
 
 void BareReceiver::changeRoute()
 {
+    const AudioRouteState &state = usualAudioState();
     for (const BareCall *call : qAsConst(m_calls))
-        call->audioControlProxy->UpdateAudioRoute(
-            audioState().microphoneMuted, audioState().inputDeviceId, audioState().outputDeviceId);
+        call->audioControlProxy->UpdateAudioRoute(state.microphoneMuted, state.inputDeviceId, state.outputDeviceId);
 }
 
 void BareReceiver::changeDevices()

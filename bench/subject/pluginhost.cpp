@@ -31,23 +31,19 @@ void CallList::addCall(AbstractVoiceCallHandler *call)
 
 QString CallList::newHandlerId() { return QString::number(++m_ids); }
 
-AudioRouteState CallList::audioRouteState() const
-{
-    static const AudioRouteState state = usualAudioState();
-    return state;
-}
+AudioRouteState CallList::audioRouteState() const { return usualAudioState(); }
 
 PluginHost::PluginHost()
 {
     // The time is taken first of all; what a flooder's call does is then passed over.
     connect(&m_callList, &CallList::statusChanged, this, [](AbstractVoiceCallHandler *call) {
-        const Event event = {EventKind::Status, now(), 0, 0, 0};
+        const Event event = eventNow(EventKind::Status);
         if (!call->uri().startsWith(QLatin1String(floodUri)))
             report(event);
     });
-    connect(&m_callList, &CallList::callAdded, this, [] { report(EventKind::CallAdded); });
-    connect(&m_callList, &CallList::callGone, this, [] { report(EventKind::CallGone); });
-    connect(&m_callList, &CallList::managerGone, this, [] { report(EventKind::ManagerGone); });
+    connect(&m_callList, &CallList::callAdded, this, [] { report(eventNow(EventKind::CallAdded)); });
+    connect(&m_callList, &CallList::callGone, this, [] { report(eventNow(EventKind::CallGone)); });
+    connect(&m_callList, &CallList::managerGone, this, [] { report(eventNow(EventKind::ManagerGone)); });
 }
 
 AbstractVoiceCallManagerPlugin *PluginHost::load(const QString &file)

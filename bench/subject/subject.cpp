@@ -14,14 +14,8 @@ int Subject::run()
 {
     QSocketNotifier requests(controlDescriptor, QSocketNotifier::Read);
     connect(&requests, &QSocketNotifier::activated, this, &Subject::serve);
-    report(EventKind::Ready);
+    report(eventNow(EventKind::Ready));
     return QCoreApplication::exec();
-}
-
-void Subject::report(const Event &event)
-{
-    if (write(controlDescriptor, &event, sizeof event) != sizeof event)
-        _exit(1);
 }
 
 void Subject::serve()
@@ -43,16 +37,19 @@ static Event memory()
 {
     malloc_trim(0);
     const struct mallinfo2 heap = mallinfo2();
-    return {EventKind::Memory, now(), 0, int64_t(heap.uordblks + heap.hblkhd), residentBytes()};
+    Event event = eventNow(EventKind::Memory);
+    event.heap = int64_t(heap.uordblks + heap.hblkhd);
+    event.resident = residentBytes();
+    return event;
 }
 
 void Subject::carryOut(const Request &request)
 {
-    const int64_t at = now();
+    Event done = eventNow(EventKind::Done);
     const int64_t before = timeOf(CLOCK_THREAD_CPUTIME_ID);
     perform(request);
-    const int64_t cost = timeOf(CLOCK_THREAD_CPUTIME_ID) - before;
-    report(request.command == Command::Memory ? memory() : Event{EventKind::Done, at, cost, 0, 0});
+    done.cost = timeOf(CLOCK_THREAD_CPUTIME_ID) - before;
+    report(request.command == Command::Memory ? memory() : done);
 }
 
 void Subject::perform(const Request &request)

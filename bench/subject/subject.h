@@ -27,9 +27,6 @@ protected:
     virtual void changeDevices() = 0;
     virtual void trace(uint32_t lines) = 0;
 
-    static void report(EventKind kind) { report({kind, now(), 0, 0, 0}); }
-    static void report(const Event &event);
-
 private:
     void serve();
     void carryOut(const Request &request);

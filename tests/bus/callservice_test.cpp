@@ -314,13 +314,10 @@ TEST_F(CallServiceTest, DepartureOfANameThatDiffersInOneCharacterOnlyChangesNoth
     ScriptedApplication application;
     ASSERT_TRUE(application.registerCallManager("/app/calls"));
     const QString name = application.name();
-    for (int i = 0; i < name.size(); ++i) {
-        QString other = name;
-        other[i] = QLatin1Char('x');
-        QMetaObject::invokeMethod(
-            &service, "onNameOwnerChanged", Q_ARG(QString, other), Q_ARG(QString, other), Q_ARG(QString, QString()));
-    }
-    for (const QString &other : {QString(), name + QLatin1Char('1'), name.chopped(1)}) {
+    QStringList others = {QString(), name + QLatin1Char('1'), name.chopped(1)};
+    for (int i = 0; i < name.size(); ++i)
+        others.append(QString(name).replace(i, 1, QLatin1Char('x')));
+    for (const QString &other : qAsConst(others)) {
         QMetaObject::invokeMethod(
             &service, "onNameOwnerChanged", Q_ARG(QString, other), Q_ARG(QString, other), Q_ARG(QString, QString()));
     }

@@ -62,18 +62,11 @@ void Application::answerSnapshot(const Message &request)
 
 void Application::sendSnapshot(const Message &request)
 {
+    std::vector<ObjectReport> objects;
+    for (const auto &call : m_calls)
+        objects.push_back(call->report());
     const Message reply = Message::reply(request);
-    DBusMessageIter end;
-    DBusMessageIter objects;
-    dbus_message_iter_init_append(reply.raw(), &end);
-    dbus_message_iter_open_container(&end, DBUS_TYPE_ARRAY, "{oa{sa{sv}}}", &objects);
-    for (const auto &call : m_calls) {
-        DBusMessageIter object;
-        dbus_message_iter_open_container(&objects, DBUS_TYPE_DICT_ENTRY, nullptr, &object);
-        call->report().appendTo(&object);
-        dbus_message_iter_close_container(&objects, &object);
-    }
-    dbus_message_iter_close_container(&end, &objects);
+    appendObjects(reply.raw(), objects);
     m_bus.send(reply);
 }
 

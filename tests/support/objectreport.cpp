@@ -75,3 +75,14 @@ void ObjectReport::appendTo(DBusMessageIter *iterator) const
         appendProperties(entry.inside(), isFirst ? properties : std::map<std::string, Value>());
     }
 }
+
+void appendObjects(DBusMessage *message, const std::vector<ObjectReport> &objects)
+{
+    DBusMessageIter iterator;
+    dbus_message_iter_init_append(message, &iterator);
+    Container array(&iterator, DBUS_TYPE_ARRAY, "{oa{sa{sv}}}");
+    for (const ObjectReport &object : objects) {
+        Container entry(array.inside(), DBUS_TYPE_DICT_ENTRY, nullptr);
+        object.appendTo(entry.inside());
+    }
+}

@@ -24,4 +24,7 @@ struct ObjectReport
     void appendTo(DBusMessageIter *iterator) const;
 };
 
+/** Appends the objects as "a{oa{sa{sv}}}", which is what GetManagedObjects returns. */
+void appendObjects(DBusMessage *message, const std::vector<ObjectReport> &objects);
+
 #endif
