@@ -5,6 +5,7 @@
 
 #include "plugin/callproviderfactory.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtDBus/QDBusConnection>
 #include <algorithm>
 #include <regex>
@@ -107,6 +108,9 @@ void PluginWorld::settle()
     const BusMessage call = callToPlugin(managerInterface, "ListCallManagers");
     m_answer = m_monitor.waitForReply(*m_last, m_last->send(call.get()));
     m_registry = callManagers(m_answer);
+    // What the last step left to be deleted goes at the event loop's next turn, and the answer may have come
+    // in the same one as the step.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 Lines PluginWorld::end()
