@@ -49,6 +49,15 @@ static void print(const QStringList &lines)
         std::printf("%s\n", qUtf8Printable(line));
 }
 
+// The bus library's thread wakes the caller before it is done with an answer that is an error, and loses memory
+// when the process ends just then. An answer after that one shows that it is done.
+static void waitForTheBusLibrary()
+{
+    const QDBusMessage ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    QDBusConnection::sessionBus().call(ping, QDBus::Block, 1000);
+}
+
 static void waitFor(QDBusPendingReply<> reply)
 {
     static const QHash<QDBusError::ErrorType, ExitCode> codes = {
@@ -58,10 +67,12 @@ static void waitFor(QDBusPendingReply<> reply)
         {QDBusError::Disconnected, ExitCode::NoHost},
     };
     reply.waitForFinished();
-    if (reply.isError() && reply.error().type() == QDBusError::ServiceUnknown)
+    if (!reply.isError())
+        return;
+    waitForTheBusLibrary();
+    if (reply.error().type() == QDBusError::ServiceUnknown)
         throw Failure(ExitCode::NoHost, HostMonitor::notRunning());
-    if (reply.isError())
-        throw Failure(codes.value(reply.error().type(), ExitCode::Refused), reply.error().message());
+    throw Failure(codes.value(reply.error().type(), ExitCode::Refused), reply.error().message());
 }
 
 // --- Calls

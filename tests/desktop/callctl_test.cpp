@@ -352,7 +352,7 @@ TEST(CallctlWithoutAHost, AudioAndDialSaySoToo)
 {
     for (const char *command : {"mute on", "input x", "output x", "dial a b"}) {
         const Execution run = callctl(command);
-        EXPECT_EQ(run.exitCode, 3) << command;
+        EXPECT_EQ(run.exitCode, 3) << command << '\n' << run.error;
         EXPECT_THAT(run.error, HasSubstr("start it with 'voicecalld'"));
     }
 }
