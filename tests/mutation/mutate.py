@@ -139,7 +139,7 @@ class Work:
         say(f"building {build.name}")
         self.configure(tree, build, kind)
         run("cmake", "--build", str(build), "--parallel", str(self.jobs))
-        tests = suite.tests_of(build, tree)
+        tests = suite.tests_of(build, tree, self.tests_files)
         if kind == "sanitized":
             for test in tests:
                 test.environment.update(SANITIZER)

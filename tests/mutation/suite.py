@@ -126,18 +126,18 @@ def source_of(command, tree):
     return source.relative_to(tree).as_posix()
 
 
-def tests_of(build, tree):
-    """All tests of the build but those of the tree's text."""
+def tests_of(build, tree, sources):
+    """The tests of the build that are written in these files."""
     listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, check=True, stdout=subprocess.PIPE).stdout
     tests = []
     for entry in json.loads(listing)["tests"]:
         properties = {item["name"]: item["value"] for item in entry["properties"]}
         if "command" not in entry:
             raise RuntimeError(f"{entry['name']} is not built")
-        if not entry["name"].startswith("Tree."):
+        source = source_of(entry["command"], tree)
+        if source in sources:
             environment = dict(item.split("=", 1) for item in properties.get("ENVIRONMENT", []))
-            tests.append(Test(entry["name"], entry["command"], properties["WORKING_DIRECTORY"], environment,
-                              source_of(entry["command"], tree)))
+            tests.append(Test(entry["name"], entry["command"], properties["WORKING_DIRECTORY"], environment, source))
     return tests
 
 
