@@ -4,6 +4,7 @@
 #include "valuewriter.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fcntl.h>
 #include <vector>
 
@@ -207,10 +208,12 @@ std::string ValueWriter::path()
 
 void ValueWriter::appendArguments(DBusMessage *message)
 {
+    // libdbus does not look at the length of the whole, and fails when it is too great.
+    const std::size_t there = std::strlen(dbus_message_get_signature(message));
     std::string signature;
     for (unsigned count = m_bytes.oneIn(16) ? m_bytes.below(40) : m_bytes.below(4); count > 0; --count) {
         const std::string next = affordable(type(), 0);
-        if (signature.size() + next.size() <= maximumSignature)
+        if (there + signature.size() + next.size() <= maximumSignature)
             signature += next;
     }
     appendArguments(message, signature);
