@@ -527,6 +527,19 @@ TEST_F(LogTest, SaysInTheDefaultCategoryWhichCallItRemoves)
         QStringList({QString("debug default: Removing call handler  \"%1@/m/c1\"").arg(application.name())}));
 }
 
+TEST_F(LogTest, SaysAllThatAlsoWhileNothingIsTraced)
+{
+    const LogRecorder log;
+    QLoggingCategory::setFilterRules("voicecall=false\ndefault=true");
+    ASSERT_TRUE(addCall(active));
+    application.withdraw(managerPath, callPath, {"zelkovar.Call.Call1"});
+    settle();
+    EXPECT_EQ(log.entries(),
+        QStringList({QString("debug default: Adding call handler  \"%1@/m/c1\"").arg(application.name()),
+            "debug default: remote object status 5",
+            QString("debug default: Removing call handler  \"%1@/m/c1\"").arg(application.name())}));
+}
+
 TEST_F(LogTest, SaysEachStatusAsItCameAlsoTheSameAndUnknownOnes)
 {
     ASSERT_TRUE(addCall(active));
