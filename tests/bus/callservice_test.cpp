@@ -8,6 +8,7 @@
 #include "scriptedapplication.h"
 #include "waitfor.h"
 
+#include <QtCore/QLoggingCategory>
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusMessage>
 #include <gmock/gmock.h>
@@ -285,6 +286,16 @@ TEST_F(CallServiceTest, LogsARegistrationInTheDefaultCategoryAndNothingElse)
         QStringList(QStringLiteral("info default: RegisterCallManager  \"%1@/app/calls\" pid %2")
                         .arg(application.name())
                         .arg(getpid())));
+}
+
+TEST_F(CallServiceTest, LogsARegistrationAlsoWhileNothingIsTraced)
+{
+    const LogRecorder log;
+    QLoggingCategory::setFilterRules("voicecall=false\ndefault=true");
+    ScriptedApplication application;
+    ASSERT_TRUE(application.registerCallManager("/app/calls"));
+    EXPECT_EQ(log.entries().size(), 1);
+    EXPECT_EQ(log.startingWith("info default: RegisterCallManager ").size(), 1);
 }
 
 TEST_F(CallServiceTest, LogsBeforeItAnnounces)
