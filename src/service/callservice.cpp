@@ -8,6 +8,7 @@
 #include <QtCore/QDebug>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusConnectionInterface>
+#include <algorithm>
 
 CallService::CallService(QObject *parent)
     : QObject(parent),
@@ -40,11 +41,10 @@ void CallService::RegisterCallManager(const QDBusObjectPath &objectPath)
 DBusCallManagerList CallService::ListCallManagers() { return callManagers.values(); }
 
 // Nearly every change is of a name that nobody registered under, and is compared with all of them. Unique names of
-// one bus differ at their ends, which tells most of them apart without a call into the library.
+// one bus differ at their ends; from there, nearly all are told apart by one character.
 static bool isName(const QString &service, const QString &name)
 {
-    const int size = name.size();
-    return service.size() == size && (size == 0 || service.at(size - 1) == name.at(size - 1)) && service == name;
+    return service.size() == name.size() && std::equal(service.crbegin(), service.crend(), name.crbegin());
 }
 
 void CallService::onNameOwnerChanged(const QString &name, const QString &oldOwner, const QString &newOwner)
