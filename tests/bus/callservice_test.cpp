@@ -325,7 +325,7 @@ TEST_F(CallServiceTest, DepartureOfANameThatDiffersInOneCharacterOnlyChangesNoth
     ScriptedApplication application;
     ASSERT_TRUE(application.registerCallManager("/app/calls"));
     const QString name = application.name();
-    QStringList others = {QString(), name + QLatin1Char('1'), name.chopped(1)};
+    QStringList others = {QString(), name + QLatin1Char('1'), QLatin1Char('x') + name, name.chopped(1)};
     for (int i = 0; i < name.size(); ++i)
         others.append(QString(name).replace(i, 1, QLatin1Char('x')));
     for (const QString &other : qAsConst(others)) {
