@@ -3,7 +3,7 @@
 
 #include "json.h"
 
-#include "printabletext.h"
+#include "programs/printabletext.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>

@@ -4,7 +4,7 @@
 #include "commandline.h"
 #include "commands.h"
 #include "failure.h"
-#include "printabletext.h"
+#include "programs/printabletext.h"
 
 #include <QtCore/QCoreApplication>
 #include <clocale>

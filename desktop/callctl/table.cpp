@@ -3,7 +3,7 @@
 
 #include "table.h"
 
-#include "printabletext.h"
+#include "programs/printabletext.h"
 
 #include <algorithm>
 #include <numeric>

@@ -3,7 +3,7 @@
 
 #include "views.h"
 
-#include "printabletext.h"
+#include "programs/printabletext.h"
 #include "table.h"
 
 static QString clockText(int seconds)

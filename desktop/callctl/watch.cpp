@@ -3,8 +3,8 @@
 
 #include "watch.h"
 
-#include "../common/unixsignals.h"
 #include "failure.h"
+#include "programs/unixsignals.h"
 #include "watchlines.h"
 
 #include <QtCore/QCoreApplication>

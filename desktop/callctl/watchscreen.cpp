@@ -3,7 +3,7 @@
 
 #include "watchscreen.h"
 
-#include "printabletext.h"
+#include "programs/printabletext.h"
 #include "views.h"
 
 #include <cstdio>

@@ -3,7 +3,7 @@
 
 #include "daemon.h"
 
-#include "../common/unixsignals.h"
+#include "programs/unixsignals.h"
 #include "audiobackends.h"
 #include "audiointerface.h"
 #include "audiorouting.h"

@@ -9,7 +9,8 @@ import re
 from sources import files
 
 # A room may include its own headers, and those of these others.
-ROOMS = {"platform": set(), "src": {"platform"}, "desktop": {"platform"}, "kit": set(), "bench": {"platform", "src"}}
+ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "desktop": {"platform", "programs"}, "kit": {"programs"},
+         "bench": {"platform", "src"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
 LAYERS = [{"plugin"}, {"service", "calls"}, {"objectmanager", "audio"}, {"common"}]
@@ -59,7 +60,7 @@ def targets(source, header, headers):
     beside = normalised(pathlib.PurePosixPath(source).parent / header)
     if beside in headers:
         return {folder(beside)}
-    found = {folder(path) for path in headers if path.endswith("/" + header)}
+    found = {folder(path) for path in headers if ("/" + path).endswith("/" + header)}
     if source.startswith("src/") and header in GENERATED:
         found.add(GENERATED[header])
     return found

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#ifndef CALLCTL_PRINTABLETEXT_H
-#define CALLCTL_PRINTABLETEXT_H
+#ifndef RINGLET_PRINTABLETEXT_H
+#define RINGLET_PRINTABLETEXT_H
 
 #include <QtCore/QString>
 

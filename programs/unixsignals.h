@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#ifndef DESKTOP_UNIXSIGNALS_H
-#define DESKTOP_UNIXSIGNALS_H
+#ifndef RINGLET_UNIXSIGNALS_H
+#define RINGLET_UNIXSIGNALS_H
 
 #include <QtCore/QObject>
 #include <initializer_list>
