@@ -40,9 +40,6 @@ public:
     /** Wires the exchange of audio state and sends the application all of it. */
     void addAudioControl();
 
-    /** Whether the application may ask for a route or a mute: while the call is active or dialing. */
-    bool mayRequestAudio() const;
-
     CallHandler *q;
     DBusCallObject object;
     QString handlerId;

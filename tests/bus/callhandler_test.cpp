@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "callfixture.h"
-#include "calls/callhandler_p.h"
+#include "calls/callhandler.h"
 #include "objectwatch.h"
 
 #include <QtCore/QAbstractEventDispatcher>
@@ -11,7 +11,6 @@
 #include <QtCore/QTimerEvent>
 #include <QtCore/QVector>
 #include <fcntl.h>
-#include <memory>
 #include <unistd.h>
 
 using Status = AbstractVoiceCallHandler::VoiceCallStatus;
@@ -767,47 +766,4 @@ TEST_F(CallHandlerTest, ATimerEventWhileTheCallIsNotOngoingIsIgnored)
     }
     EXPECT_EQ(host.events, QStringList());
     EXPECT_EQ(handler->duration(), 0);
-}
-
-// --- Its end
-
-namespace {
-
-/** Tells of the end of its last copy. */
-class Witness
-{
-public:
-    Witness() = default;
-    explicit Witness(QStringList *ends) : last(new Last{ends}) { }
-
-private:
-    struct Last
-    {
-        ~Last() { ends->append("properties"); }
-        QStringList *ends;
-    };
-
-    std::shared_ptr<Last> last;
-};
-
-} // namespace
-
-Q_DECLARE_METATYPE(Witness)
-
-TEST(CallHandlerRecord, ReleasesTheProxiesLastMadeFirstAndThenTheRest)
-{
-    const DBusCallObject object(":1.1", QDBusObjectPath("/c"));
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    QStringList ends;
-    {
-        CallHandlerPrivate record(nullptr, object, "h1", nullptr);
-        record.callProperties = {{"Other", QVariant::fromValue(Witness(&ends))}};
-        record.callProxy.reset(new CallProxy(object.service, "/c", bus));
-        record.dtmfProxy.reset(new DTMFProxy(object.service, "/c", bus));
-        record.audioControlProxy.reset(new AudioControlProxy(object.service, "/c", bus));
-        QObject::connect(record.callProxy.data(), &QObject::destroyed, [&] { ends.append("call"); });
-        QObject::connect(record.dtmfProxy.data(), &QObject::destroyed, [&] { ends.append("tones"); });
-        QObject::connect(record.audioControlProxy.data(), &QObject::destroyed, [&] { ends.append("audio"); });
-    }
-    EXPECT_EQ(ends, QStringList({"audio", "tones", "call", "properties"}));
 }

@@ -3,6 +3,7 @@
 
 #include "audiocontrolproxy.h"
 #include "callproxy.h"
+#include "calls/callhandler_p.h"
 #include "dtmfproxy.h"
 #include "plugin/callproviderfactory.h"
 #include "printers.h"
@@ -13,6 +14,7 @@
 #include <QtCore/QSequentialIterable>
 #include <QtTest/QSignalSpy>
 #include <gmock/gmock.h>
+#include <memory>
 
 static QStringList propertiesOf(const QMetaObject &type)
 {
@@ -255,4 +257,47 @@ TEST_F(CallProxiesTest, PropertiesOfAnotherTypeReadAsFalseZeroOrEmpty)
         SCOPED_TRACE(value);
         expectDefaults(call);
     }
+}
+
+// --- Their end
+
+namespace {
+
+/** Tells of the end of its last copy. */
+class Witness
+{
+public:
+    Witness() = default;
+    explicit Witness(QStringList *ends) : last(new Last{ends}) { }
+
+private:
+    struct Last
+    {
+        ~Last() { ends->append("properties"); }
+        QStringList *ends;
+    };
+
+    std::shared_ptr<Last> last;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Witness)
+
+TEST(CallHandlerRecord, ReleasesTheProxiesLastMadeFirstAndThenTheRest)
+{
+    const DBusCallObject object(":1.1", QDBusObjectPath("/c"));
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    QStringList ends;
+    {
+        CallHandlerPrivate record(nullptr, object, "h1", nullptr);
+        record.callProperties = {{"Other", QVariant::fromValue(Witness(&ends))}};
+        record.callProxy.reset(new CallProxy(object.service, "/c", bus));
+        record.dtmfProxy.reset(new DTMFProxy(object.service, "/c", bus));
+        record.audioControlProxy.reset(new AudioControlProxy(object.service, "/c", bus));
+        QObject::connect(record.callProxy.data(), &QObject::destroyed, [&] { ends.append("call"); });
+        QObject::connect(record.dtmfProxy.data(), &QObject::destroyed, [&] { ends.append("tones"); });
+        QObject::connect(record.audioControlProxy.data(), &QObject::destroyed, [&] { ends.append("audio"); });
+    }
+    EXPECT_EQ(ends, QStringList({"audio", "tones", "call", "properties"}));
 }

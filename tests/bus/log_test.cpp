@@ -491,16 +491,23 @@ TEST_F(LogTest, SaysEachStatusAsItCameAlsoTheSameAndUnknownOnes)
             "debug default: remote object status 8", "debug default: remote object status 4294967295"}));
 }
 
-TEST_F(LogTest, SaysTheStatusBeforeItTakesEffect)
+TEST_F(LogTest, SaysTheStatusBeforeTheCallHasIt)
 {
-    AbstractVoiceCallHandler *handler = addCall(incoming);
-    ASSERT_TRUE(handler);
-    const LogRecorder log;
-    QStringList before;
-    QObject::connect(handler, &AbstractVoiceCallHandler::statusChanged, &host, [&] { before = log.entries(); });
+    AbstractVoiceCallHandler *call = addCall(incoming);
+    ASSERT_TRUE(call);
+    QList<int> statuses;
+    const WhenTraced look("remote object status", [&] { statuses.append(call->status()); });
     changeStatus(5);
-    ASSERT_GE(before.size(), 2);
-    EXPECT_EQ(before.at(1), "debug default: remote object status 5") << "right behind the trace line";
+    EXPECT_EQ(statuses, QList<int>({AbstractVoiceCallHandler::StatusIncoming}));
+}
+
+TEST_F(LogTest, SaysThatItRemovesACallWhileItIsListed)
+{
+    ASSERT_TRUE(addCall(active));
+    QList<int> listed;
+    const WhenTraced look("Removing call handler", [&] { listed.append(provider->voiceCalls().size()); });
+    provider->onInterfacesRemoved(application.name(), QDBusObjectPath(callPath), {callInterfaceName});
+    EXPECT_EQ(listed, QList<int>({1}));
 }
 
 TEST_F(LogTest, SaysThatItAddsACallBeforeItAsksForAnId)
