@@ -139,7 +139,7 @@ void HostBox::sendLarge(Peer &peer, ByteReader &bytes)
         peer.send(std::move(message));
         return;
     }
-    append(message.get(), DBUS_TYPE_OBJECT_PATH, "/m/c1");
+    append(message.get(), DBUS_TYPE_OBJECT_PATH, std::string("/m/c1"));
     dbus_message_iter_init_append(message.get(), &to);
     appendContainer(&to, DBUS_TYPE_ARRAY, "{sa{sv}}", [&](DBusMessageIter *interfaces) {
         appendContainer(interfaces, DBUS_TYPE_DICT_ENTRY, nullptr, [&](DBusMessageIter *interface) {
@@ -156,7 +156,7 @@ void HostBox::sendLarge(Peer &peer, ByteReader &bytes)
     });
     Message registration = makeCall(DesktopHost::name().toUtf8().constData(), "/zelkovar/call/service",
         "zelkovar.Call.Service1", "RegisterCallManager");
-    append(registration.get(), DBUS_TYPE_OBJECT_PATH, "/m");
+    append(registration.get(), DBUS_TYPE_OBJECT_PATH, std::string("/m"));
     peer.send(std::move(registration));
     require(m_honest->settle(DesktopHost::name()), "the host does not answer a registration");
     peer.send(std::move(message));
