@@ -169,7 +169,9 @@ void HostBox::forgeAnswers(Peer &peer, ByteReader &bytes)
     victim.holdSnapshot();
     require(victim.registerCallManager("/m", DesktopHost::name()), "the host does not answer a registration");
     peer.forgeAnswers(DesktopHost::name().toUtf8().constData(), 200 + bytes.byte());
-    require(victim.settle(DesktopHost::name()), "the host does not answer any more");
+    require(peer.isAnswered(makeCall(DesktopHost::name().toUtf8().constData(), "/zelkovar/call/service",
+                "zelkovar.Call.ServiceManager1", "ListCallManagers")),
+        "the host does not answer any more");
     require(m_host.table().filter("forged").isEmpty(), "a stranger's answer is believed");
 }
 

@@ -25,6 +25,16 @@ void Peer::send(Message message)
     dbus_connection_flush(m_connection.get());
 }
 
+bool Peer::isAnswered(Message call)
+{
+    DBusError error = DBUS_ERROR_INIT;
+    const Message reply(
+        dbus_connection_send_with_reply_and_block(m_connection.get(), call.get(), DBUS_TIMEOUT_USE_DEFAULT, &error));
+    const bool isLate = dbus_error_has_name(&error, DBUS_ERROR_NO_REPLY);
+    dbus_error_free(&error);
+    return !isLate;
+}
+
 Message Peer::take()
 {
     dbus_connection_read_write(m_connection.get(), 0);

@@ -22,6 +22,9 @@ public:
 
     void send(Message message);
 
+    /** Sends a call and waits for its answer, error or not; false when none comes. */
+    bool isAnswered(Message call);
+
     /** What has come next; none when nothing is there. */
     Message take();
 
