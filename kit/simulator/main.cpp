@@ -91,7 +91,9 @@ int main(int argc, char *argv[])
         return complain(scriptFault, WrongUsage);
 
     EventLog events;
-    Simulation simulation(options.host, events);
+    const auto commanders
+        = options.obeysAnyone ? Ringlet::CallManager::Commanders::Anyone : Ringlet::CallManager::Commanders::Host;
+    Simulation simulation(options.host, commanders, events);
     const QString busFault = simulation.addApplication({}, options.managers);
     if (!busFault.isEmpty())
         return complain(busFault, NoBus);
