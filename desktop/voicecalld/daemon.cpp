@@ -46,6 +46,8 @@ int Daemon::run()
 
     // From here on, so that an end in the middle of all this is a clean one too.
     const UnixSignals signalWatch({SIGINT, SIGTERM});
+    if (!signalWatch.errorString().isEmpty())
+        return fail(signalWatch.errorString());
     connect(&signalWatch, &UnixSignals::received, this, [] { QCoreApplication::exit(0); });
 
     AudioRouting audio(backend.get());

@@ -20,10 +20,8 @@ RANK = {folder: rank for rank, layer in enumerate(LAYERS) for folder in layer}
 # The audio slots are members of the class in calls/.
 EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 
-# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it,
-# and what programs share.
+# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it.
 INTERFACE = "kit/client/RingletClient"
-KIT_SHARED = {INTERFACE, "kit/common"}
 
 # Headers that are generated from dbus/, and the folder of the plug-in that each belongs to.
 GENERATED = {
@@ -75,7 +73,7 @@ def allowed(source, target):
     if room != other:
         return other in ROOMS[room] and own != INTERFACE
     if room == "kit":
-        return target in KIT_SHARED and own != INTERFACE
+        return target == INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]
 
 
