@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "../../common/stopsignals.h"
+#include "../common/stopsignals.h"
 #include "baresipcontrol.h"
 #include "bridge.h"
 #include "options.h"
