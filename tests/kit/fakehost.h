@@ -64,6 +64,9 @@ public:
     /** Unique name of the application that registered last. */
     QString application() const { return m_application; }
 
+    /** Takes this one for the application that registered last: as a stranger does, who only knows its name. */
+    void setApplication(const QString &application) { m_application = application; }
+
     /**
      * The calls that registered applications have reported, by path, as they were when reported, without those
      * that were removed.

@@ -253,7 +253,7 @@ static Message methodCall(const QString &destination, const QString &path, const
     const QString &member, const QString &arguments)
 {
     Message message(g_dbus_message_new_method_call(destination.toUtf8().constData(), path.toUtf8().constData(),
-        interface.toUtf8().constData(), member.toUtf8().constData()));
+        interface.isEmpty() ? nullptr : interface.toUtf8().constData(), member.toUtf8().constData()));
     if (!arguments.isEmpty())
         g_dbus_message_set_body(message.get(), parseArguments(arguments));
     return message;

@@ -41,7 +41,8 @@ public:
 
     /**
      * Calls a method and runs the event loop until it is answered: the arguments of the reply as text
-     * such as "([('a', '/b')],)", or the name of the error; empty when nothing came in time.
+     * such as "([('a', '/b')],)", or the name of the error; empty when nothing came in time. An empty
+     * interface is left out of the message, which the bus allows.
      */
     QString call(const QString &destination, const QString &path, const QString &interface, const QString &member,
         const QString &arguments = {}, const QVector<int> &descriptors = {});
