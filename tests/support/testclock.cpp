@@ -18,6 +18,7 @@ static constexpr qint64 millisecond = 1000000;
 static std::atomic<qint64> shown{0};
 static std::atomic<qint64> heldSince{0};
 static std::atomic<qint64> ahead{0};
+static std::atomic<qint64> limit{0}; // of being held
 
 // Past the C library, whose function is the one below.
 static qint64 realTime()
@@ -31,7 +32,7 @@ static qint64 testTime()
 {
     const qint64 since = heldSince;
     const qint64 now = realTime();
-    return since == 0 ? now + ahead : shown + qMax<qint64>(0, now - since - waitLimitMs * millisecond);
+    return since == 0 ? now + ahead : shown + qMax<qint64>(0, now - since - limit);
 }
 
 // The program's own definition stands before the C library's for all libraries that it loads.
@@ -48,6 +49,7 @@ extern "C" Q_DECL_EXPORT int clock_gettime(clockid_t clock, timespec *time) noex
 TestClock::TestClock()
 {
     shown = testTime();
+    limit = patientWaitLimitMs() * millisecond;
     heldSince = realTime();
 }
 
