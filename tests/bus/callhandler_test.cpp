@@ -4,7 +4,6 @@
 #include "callfixture.h"
 #include "calls/callhandler.h"
 #include "objectwatch.h"
-#include "testclock.h"
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QPointer>
@@ -588,7 +587,7 @@ TEST_F(CallHandlerTest, CountsTheDurationWithACoarseTimerOfOneSecond)
     EXPECT_EQ(timers.first().timerType, Qt::CoarseTimer);
 }
 
-// The clock stands from before the call's beginning to the test's end, so that every duration is exact.
+// The clock stands still, so that every duration is exact.
 class CallDurationTest : public CallFixture
 {
 protected:
@@ -611,7 +610,6 @@ protected:
         return handler->duration();
     }
 
-    TestClock clock;
     AbstractVoiceCallHandler *handler = nullptr;
     QScopedPointer<TickSuppressor> ticks;
 };

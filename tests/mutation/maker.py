@@ -164,7 +164,7 @@ class FileMutants:
             rule = RULES.get(cursor.kind)
             if rule:
                 rule(self, cursor, parent)
-        if cursor.kind == CursorKind.COMPOUND_STMT:
+        if cursor.kind == CursorKind.COMPOUND_STMT and not self.in_macro(start, end):
             self.statements(cursor)
         for child in cursor.get_children():
             if self.is_here(child):

@@ -188,13 +188,14 @@ def fits(parser, mutants, constants, say):
 
 
 def bad_mutants(parser, source, texts, written):
-    bad = []
+    bad, errors = [], []
     for diagnostic in parser.parse(source, texts).diagnostics:
         if diagnostic.severity >= 3:
-            owners = owners_of(diagnostic, parser.root, written)
-            if not owners:
-                raise RuntimeError(f"{diagnostic}: no mutant is there")
-            bad += [owner for owner in owners if owner not in bad]
+            errors.append(str(diagnostic))
+            bad += [owner for owner in owners_of(diagnostic, parser.root, written) if owner not in bad]
+    # One error brings others, where no mutant is.
+    if errors and not bad:
+        raise RuntimeError(f"{errors[0]}: no mutant is there")
     return bad
 
 
