@@ -240,6 +240,16 @@ TEST_F(ObjectManagerTest, ErrorInsteadOfASnapshotIsDroppedWithoutAWordAndChanges
     EXPECT_EQ(application.calls().size(), 1) << "nothing is asked again";
 }
 
+TEST_F(ObjectManagerTest, ErrorIsNoSnapshotWhateverItCarries)
+{
+    for (const char *body : {"{objectpath '/m/c1': {'test.A': @a{sv} {}}}", "[(1, 2)]", "uint32 5"}) {
+        application.refuseSnapshot("test.Error", body);
+        mirror();
+        ASSERT_TRUE(settle());
+        EXPECT_EQ(events, QStringList()) << body;
+    }
+}
+
 TEST_F(ObjectManagerTest, WithoutAnAnswerChangesAreReportedAndNothingIsLogged)
 {
     application.holdSnapshot();
