@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// The kit's applications and the host's command line. The input is their host, which says what it likes, and a
-// stranger on their bus. Afterwards the host comes anew and is honest: they have to find their way back to it.
+// The kit's programs, which stand on the client library, and the host's command line. The input is their host, which
+// says what it likes, and a stranger on their bus. Afterwards the host comes anew and is honest: they have to find
+// their way back to it.
 
 #include "box.h"
 #include "bytereader.h"
@@ -69,6 +70,9 @@ constexpr Question questions[] = {{"GetManagedObjects", "a{oa{sa{sv}}}"}, {"GetA
 const QList<QStringList> onceCommands = {{"calls"}, {"calls", "--json"}, {"providers"}, {"devices", "--json"},
     {"answer"}, {"hangup", "h1"}, {"mute", "on"}, {"input", "mic"}};
 
+enum { Simulator, Bridge, Watch };
+constexpr std::size_t applications = 2; // of them, which register
+
 struct Target
 {
     QString file;
@@ -107,7 +111,7 @@ private:
     void stop();
     void bringCalls();
     void requireHealth();
-    bool isRegistered() const { return m_managers.size() >= 3; }
+    bool isRegistered() const { return m_managers.size() >= applications; }
     bool hasAnswered() const { return m_answers >= m_managers.size(); }
 
     void command(ByteReader &bytes);
@@ -129,7 +133,7 @@ private:
     FakeBaresip m_baresip;
     Peer m_host{m_bus.address().toStdString()};
     Peer m_stranger{m_bus.address().toStdString()};
-    Target m_targets[4];
+    Target m_targets[Watch + 1];
     Program m_once;
     /** Call managers that have registered since the host came, and the objects that were seen last. */
     std::deque<RemoteObject> m_managers;
@@ -142,13 +146,12 @@ private:
 ApplicationsBox::ApplicationsBox()
 {
     m_bus.useAsSessionBus();
-    m_targets[0].file = RINGLET_SIM;
-    m_targets[1].file = RINGLET_EXAMPLE_QT;
-    m_targets[1].arguments = QStringList{"--name", "Alice", "--address", "sip:alice@example.org"};
-    m_targets[2].file = RINGLET_BARESIP;
-    m_targets[2].arguments = QStringList{"--control", QString("127.0.0.1:%1").arg(m_baresip.port())};
-    m_targets[3].file = CALLCTL;
-    m_targets[3].arguments = QStringList{"watch"};
+    m_targets[Simulator].file = RINGLET_SIM;
+    m_targets[Simulator].file = RINGLET_SIM;
+    m_targets[Bridge].file = RINGLET_BARESIP;
+    m_targets[Bridge].arguments = QStringList{"--control", QString("127.0.0.1:%1").arg(m_baresip.port())};
+    m_targets[Watch].file = CALLCTL;
+    m_targets[Watch].arguments = QStringList{"watch"};
     Message rule = makeCall(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "AddMatch");
     append(rule.get(), DBUS_TYPE_STRING,
         std::string("type='signal',interface='org.freedesktop.DBus.ObjectManager',member='InterfacesAdded'"));
@@ -159,6 +162,7 @@ void ApplicationsBox::start()
 {
     for (Target &target : m_targets) {
         require(target.program.start(target.file, target.arguments), "a program cannot be started");
+        target.program.setMayEnd(); // how it ends is looked at here
         target.descriptors = 0;
     }
     requireHealth();
@@ -199,6 +203,7 @@ void ApplicationsBox::play(const QByteArray &input)
     ByteReader bytes(reinterpret_cast<const std::uint8_t *>(input.constData()), std::size_t(input.size()));
     bringCalls();
     m_once.start(CALLCTL, onceCommands.at(int(bytes.below(unsigned(onceCommands.size())))));
+    m_once.setMayEnd();
     static constexpr Step steps[] = {&ApplicationsBox::command, &ApplicationsBox::command, &ApplicationsBox::command,
         &ApplicationsBox::command, &ApplicationsBox::tell, &ApplicationsBox::tell, &ApplicationsBox::tell,
         &ApplicationsBox::tell, &ApplicationsBox::comeAnew, &ApplicationsBox::forge, &ApplicationsBox::sendLarge};
@@ -212,7 +217,7 @@ void ApplicationsBox::play(const QByteArray &input)
 /** One of each application that can be told to. */
 void ApplicationsBox::bringCalls()
 {
-    m_targets[0].program.type(QString("incoming call%1 sip:sim@example.org").arg(m_round));
+    m_targets[Simulator].program.type(QString("incoming call%1 sip:sim@example.org").arg(m_round));
     if (m_baresip.connections() > 0)
         m_baresip.send(NetstringReader::frame(
             QString(R"({"event":true,"type":"CALL_INCOMING","id":"%1","accountaor":"sip:a@b","direction":"incoming",)"
@@ -235,13 +240,14 @@ void ApplicationsBox::requireHealth()
                 reportEnd(target);
         }
         const QString alive = QString("alive-%1").arg(m_round);
-        return isRegistered() && hasAnswered() && !m_targets[3].program.lines().filter(alive).isEmpty();
+        return isRegistered() && hasAnswered() && !m_targets[Watch].program.lines().filter(alive).isEmpty();
     };
     if (!waitFor(isEveryone)) {
-        std::string found = std::to_string(m_managers.size()) + " applications are registered, "
-            + std::to_string(m_answers) + " have answered; callctl watch says "
-            + quoted(m_targets[3].program.lines().join('\n'));
-        reportFinding(found);
+        std::string found = "of the programs, these have registered:";
+        for (const RemoteObject &manager : m_managers)
+            found += " " + manager.path;
+        reportFinding(found + "; " + std::to_string(m_answers) + " have answered, and callctl watch says "
+            + quoted(m_targets[Watch].program.lines().join('\n')));
     }
     require(waitFor([this] {
         pump(nullptr);
