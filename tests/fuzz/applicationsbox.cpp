@@ -126,13 +126,13 @@ private:
     Message honestAnswer(DBusMessage *call) const;
     Message oddAnswer(DBusMessage *call, ByteReader &bytes) const;
     const RemoteObject &object(ByteReader &bytes) const;
-    Peer &sender(ByteReader &bytes) { return bytes.oneIn(4) ? m_stranger : m_host; }
+    Peer &sender(ByteReader &bytes) { return bytes.oneIn(4) ? *m_stranger : *m_host; }
     static void appendUsualOrOdd(DBusMessage *message, const char *signature, ByteReader &bytes);
 
     PrivateBus m_bus;
     FakeBaresip m_baresip;
-    Peer m_host{m_bus.address().toStdString()};
-    Peer m_stranger{m_bus.address().toStdString()};
+    std::unique_ptr<Peer> m_host;
+    std::unique_ptr<Peer> m_stranger;
     Target m_targets[Watch + 1];
     Program m_once;
     /** Call managers that have registered since the host came, and the objects that were seen last. */
@@ -152,10 +152,6 @@ ApplicationsBox::ApplicationsBox()
     m_targets[Bridge].arguments = QStringList{"--control", QString("127.0.0.1:%1").arg(m_baresip.port())};
     m_targets[Watch].file = CALLCTL;
     m_targets[Watch].arguments = QStringList{"watch"};
-    Message rule = makeCall(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "AddMatch");
-    append(rule.get(), DBUS_TYPE_STRING,
-        std::string("type='signal',interface='org.freedesktop.DBus.ObjectManager',member='InterfacesAdded'"));
-    m_host.send(std::move(rule));
 }
 
 void ApplicationsBox::start()
@@ -228,11 +224,18 @@ void ApplicationsBox::bringCalls()
 
 void ApplicationsBox::requireHealth()
 {
-    m_host.own(hostName, false);
-    pump(nullptr);
+    if (m_host)
+        pump(nullptr);
+    // Another one: the bus may have ended the connection of the one before.
+    m_host = std::make_unique<Peer>(m_bus.address().toStdString());
+    m_stranger = std::make_unique<Peer>(m_bus.address().toStdString());
     m_managers.clear();
     m_answers = 0;
-    m_host.own(hostName, true);
+    Message rule = makeCall(DBUS_SERVICE_DBUS, DBUS_PATH_DBUS, DBUS_INTERFACE_DBUS, "AddMatch");
+    append(rule.get(), DBUS_TYPE_STRING,
+        std::string("type='signal',interface='org.freedesktop.DBus.ObjectManager',member='InterfacesAdded'"));
+    m_host->send(std::move(rule));
+    require(waitFor([this] { return m_host->own(hostName, true); }), "the host's name does not become free");
     const auto isEveryone = [this] {
         pump(nullptr);
         for (Target &target : m_targets) {
@@ -303,15 +306,15 @@ void ApplicationsBox::tell(ByteReader &bytes)
 void ApplicationsBox::forge(ByteReader &bytes)
 {
     const std::string victim = object(bytes).owner;
-    m_stranger.forgeAnswers(victim.c_str(), bytes.below(200));
+    m_stranger->forgeAnswers(victim.c_str(), bytes.below(200));
 }
 
 void ApplicationsBox::comeAnew(ByteReader &bytes)
 {
-    m_host.own(hostName, false);
+    m_host->own(hostName, false);
     if (bytes.oneIn(2))
         pump(&bytes);
-    m_host.own(hostName, true);
+    m_host->own(hostName, true);
 }
 
 void ApplicationsBox::sendLarge(ByteReader &bytes)
@@ -321,7 +324,8 @@ void ApplicationsBox::sendLarge(ByteReader &bytes)
     Message call = makeCall(target.owner.c_str(), target.path.c_str(), member.interface, member.member);
     DBusMessageIter to;
     dbus_message_iter_init_append(call.get(), &to);
-    appendLarge(&to, largeSize(bytes), false);
+    // Not what the reading limit is: Qt stops to read for good there, in an application as in a host.
+    appendLarge(&to, largeSize(bytes, 4 << 20), false);
     sender(bytes).send(std::move(call));
 }
 
@@ -331,8 +335,8 @@ void ApplicationsBox::sendLarge(ByteReader &bytes)
 void ApplicationsBox::pump(ByteReader *bytes)
 {
     QCoreApplication::processEvents();
-    while (m_stranger.take()) { }
-    while (const Message message = m_host.take()) {
+    while (m_stranger->take()) { }
+    while (const Message message = m_host->take()) {
         if (dbus_message_get_type(message.get()) == DBUS_MESSAGE_TYPE_METHOD_CALL)
             answer(message.get(), bytes);
         notice(message.get());
@@ -353,7 +357,7 @@ void ApplicationsBox::notice(DBusMessage *message)
     if (dbus_message_is_method_call(message, "zelkovar.Call.Service1", "RegisterCallManager")) {
         remember(m_managers);
         const RemoteObject &manager = m_managers.back();
-        m_host.send(makeCall(
+        m_host->send(makeCall(
             manager.owner.c_str(), manager.path.c_str(), "org.freedesktop.DBus.ObjectManager", "GetManagedObjects"));
     } else if (dbus_message_has_member(message, "InterfacesAdded")) {
         remember(m_objects);
@@ -367,15 +371,15 @@ void ApplicationsBox::notice(DBusMessage *message)
 void ApplicationsBox::answer(DBusMessage *call, ByteReader *bytes)
 {
     if (!bytes || !bytes->oneIn(2)) {
-        m_host.send(honestAnswer(call));
+        m_host->send(honestAnswer(call));
         return;
     }
     const unsigned kind = bytes->below(16);
     if (kind == 15) // never
         return;
     if (kind == 14)
-        m_host.send(honestAnswer(call)); // and once more
-    m_host.send(oddAnswer(call, *bytes));
+        m_host->send(honestAnswer(call)); // and once more
+    m_host->send(oddAnswer(call, *bytes));
 }
 
 Message ApplicationsBox::honestAnswer(DBusMessage *call) const

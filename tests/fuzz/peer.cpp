@@ -41,12 +41,12 @@ Message Peer::take()
     return Message(dbus_connection_pop_message(m_connection.get()));
 }
 
-void Peer::own(const char *busName, bool owned)
+bool Peer::own(const char *busName, bool owned)
 {
-    if (owned)
-        dbus_bus_request_name(m_connection.get(), busName, DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr);
-    else
-        dbus_bus_release_name(m_connection.get(), busName, nullptr);
+    DBusConnection *connection = m_connection.get();
+    return owned ? dbus_bus_request_name(connection, busName, DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr)
+            == DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER
+                 : dbus_bus_release_name(connection, busName, nullptr) == DBUS_RELEASE_NAME_REPLY_RELEASED;
 }
 
 void Peer::forgeAnswers(const char *victim, dbus_uint32_t last)
