@@ -18,43 +18,6 @@
 
 static const QString tracePrefix = "info voicecall: ";
 
-namespace {
-
-/** Keeps the calls' timers from ticking by themselves. */
-class NoTicks : public QObject
-{
-public:
-    NoTicks() { QCoreApplication::instance()->installEventFilter(this); }
-
-    /** Lets the call's timer tick, which has to run. */
-    void tick(AbstractVoiceCallHandler *call)
-    {
-        const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(call);
-        ASSERT_EQ(timers.size(), 1);
-        tickOf(call, timers.first().timerId);
-    }
-
-    /** A timer event with this id. */
-    void tickOf(AbstractVoiceCallHandler *call, int timerId)
-    {
-        QTimerEvent event(timerId);
-        isAllowed = true;
-        QCoreApplication::sendEvent(call, &event);
-        isAllowed = false;
-    }
-
-protected:
-    bool eventFilter(QObject *receiver, QEvent *event) override
-    {
-        return event->type() == QEvent::Timer && !isAllowed && qobject_cast<AbstractVoiceCallHandler *>(receiver);
-    }
-
-private:
-    bool isAllowed = false;
-};
-
-} // namespace
-
 /**
  * Everything that is logged, operation by operation, to be compared with a file: trace lines as "SIGNATURE OBJECT",
  * others as LogRecorder has them. Signatures are freed of what differs between compilers, objects and applications
@@ -191,10 +154,13 @@ TEST_F(LogTest, OperationsOfAProvider)
 
 TEST_F(LogTest, OperationsOfAHandler)
 {
-    NoTicks ticks;
     name(provider, "provider");
     const DBusCallObject object(application.name(), QDBusObjectPath("/o/c1"));
     CallHandler *call = nullptr;
+    const auto timerEvent = [&](int id) {
+        QTimerEvent event(id);
+        QCoreApplication::sendEvent(call, &event);
+    };
     const auto status = [&](uint number) { QMetaObject::invokeMethod(call, "onStatusChanged", Q_ARG(uint, number)); };
     during("made with tones and audio control", [&] {
         const QVariantMapMap all{{callInterfaceName, {{"Status", 5U}}}, {tones, {}}, {audioControl, {}}};
@@ -230,10 +196,14 @@ TEST_F(LogTest, OperationsOfAHandler)
     during("a route is asked for while it is active", [&] { call->onAudioRouteRequested("a", "b"); });
     during("the devices change", [&] { emit host.devicesChanged(); });
     during("the selected input changes", [&] { emit host.selectedInputDeviceChanged(); });
-    during("tick", [&] { ticks.tick(call); });
-    during("tick of another timer", [&] { ticks.tickOf(call, -5); });
+    during("tick", [&] {
+        const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(call);
+        ASSERT_EQ(timers.size(), 1);
+        timerEvent(timers.first().timerId);
+    });
+    during("tick of another timer", [&] { timerEvent(-5); });
     during("incoming", [&] { status(3); });
-    during("tick while it is incoming", [&] { ticks.tickOf(call, -1); });
+    during("tick while it is incoming", [&] { timerEvent(-1); });
     during("a mute is asked for while it is incoming", [&] { call->onMuteRequested(true); });
     during("a route is asked for while it is incoming", [&] { call->onAudioRouteRequested("a", "b"); });
     during("of no known status", [&] { status(8); });
@@ -250,7 +220,6 @@ TEST_F(LogTest, OperationsOfAHandler)
 
 TEST_F(LogTest, AWholeCall)
 {
-    const NoTicks ticks;
     ScriptedApplication other;
     name(&factory, "plugin");
     CallProvider *itsProvider = nullptr;
