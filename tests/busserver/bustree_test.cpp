@@ -202,6 +202,7 @@ TEST_F(ServedTree, ACallerThatMayNotIsToldWhyAndStillHasItsQuestionsAnswered)
     EXPECT_EQ(call(rootPath, managerName, "Dial", {"a", "b"}).errorName(), errors + "AccessDenied");
     EXPECT_EQ(textOf(rootPath, managerName, "Dial", {"a", "b"}), "only on Sundays");
     EXPECT_EQ(call(rootPath, managerName, "Sing").errorName(), errors + "UnknownMethod");
+    EXPECT_EQ(call(rootPath, managerName, "Dial", {"a"}).errorName(), errors + "InvalidArgs");
     EXPECT_THAT(calls, IsEmpty());
     EXPECT_EQ(property("Get", "'org.tarnwickle.voicecall.Manager1', 'Providers'"), "(<7>,)");
 }
