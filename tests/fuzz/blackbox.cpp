@@ -107,6 +107,6 @@ int main(int argc, char *argv[])
     require(growth <= memoryBoundKiB, "the programs' memory grows");
     box->finish();
     QFile::remove(parser.value("current"));
-    std::printf("%d inputs, no finding; the host's memory grew by %d KiB\n", rounds, growth);
+    std::printf("%d inputs, no finding; the programs' memory grew by %d KiB\n", rounds, growth);
     return 0;
 }

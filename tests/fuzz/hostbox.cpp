@@ -127,7 +127,7 @@ void HostBox::playLoud(ByteReader &bytes)
 void HostBox::sendLarge(Peer &peer, ByteReader &bytes)
 {
     const unsigned kind = bytes.below(3);
-    const unsigned size = largeSize(bytes);
+    const unsigned size = largeSize(bytes, readingLimit);
     Message message = kind == 0 ? makeCall(DesktopHost::name().toUtf8().constData(), "/x", "x.y", "z")
                                 : makeSignal("/m", "org.freedesktop.DBus.ObjectManager", "InterfacesAdded");
     if (kind == 1)
@@ -169,7 +169,9 @@ void HostBox::forgeAnswers(Peer &peer, ByteReader &bytes)
     victim.holdSnapshot();
     require(victim.registerCallManager("/m", DesktopHost::name()), "the host does not answer a registration");
     peer.forgeAnswers(DesktopHost::name().toUtf8().constData(), 200 + bytes.byte());
-    require(victim.settle(DesktopHost::name()), "the host does not answer any more");
+    require(peer.isAnswered(makeCall(DesktopHost::name().toUtf8().constData(), "/zelkovar/call/service",
+                "zelkovar.Call.ServiceManager1", "ListCallManagers")),
+        "the host does not answer any more");
     require(m_host.table().filter("forged").isEmpty(), "a stranger's answer is believed");
 }
 
@@ -193,7 +195,7 @@ void HostBox::registerLongPaths(Peer &peer, ByteReader &bytes)
     for (unsigned count = 1 + bytes.below(4); count > 0; --count) {
         Message call = makeCall(DesktopHost::name().toUtf8().constData(), "/zelkovar/call/service",
             "zelkovar.Call.Service1", "RegisterCallManager");
-        append(call.get(), DBUS_TYPE_OBJECT_PATH, largePath(largeSize(bytes) - 1200 + count));
+        append(call.get(), DBUS_TYPE_OBJECT_PATH, largePath(largeSize(bytes, 1000000) - 1200 + count));
         peer.send(std::move(call));
     }
 }

@@ -11,14 +11,13 @@
 #include <string>
 #include <vector>
 
-/**
- * A size near one at which something ends: the advised size of messages most of the time, and what the bus's
- * reference library reads before it waits for somebody to take it.
- */
-inline unsigned largeSize(ByteReader &bytes)
+/** What the bus's reference library reads before it waits for somebody to take it. */
+constexpr unsigned readingLimit = 63 << 20;
+
+/** A size near one at which something ends: the advised size of messages, or now and then `greatest`. */
+inline unsigned largeSize(ByteReader &bytes, unsigned greatest)
 {
-    static constexpr unsigned limits[] = {1000000, 1000000, 1000000, 1000000, 1000000, 1000000, 1000000, 63 << 20};
-    return bytes.oneOf(limits) - 1024 + unsigned(bytes.number(2)) % 2048;
+    return (bytes.oneIn(8) ? greatest : 1000000) - 1024 + unsigned(bytes.number(2)) % 2048;
 }
 
 /** Appends an array of so many bytes, as it is or as a variant. */

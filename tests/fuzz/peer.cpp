@@ -25,18 +25,28 @@ void Peer::send(Message message)
     dbus_connection_flush(m_connection.get());
 }
 
+bool Peer::isAnswered(Message call)
+{
+    DBusError error = DBUS_ERROR_INIT;
+    const Message reply(
+        dbus_connection_send_with_reply_and_block(m_connection.get(), call.get(), DBUS_TIMEOUT_USE_DEFAULT, &error));
+    const bool isLate = dbus_error_has_name(&error, DBUS_ERROR_NO_REPLY);
+    dbus_error_free(&error);
+    return !isLate;
+}
+
 Message Peer::take()
 {
     dbus_connection_read_write(m_connection.get(), 0);
     return Message(dbus_connection_pop_message(m_connection.get()));
 }
 
-void Peer::own(const char *busName, bool owned)
+bool Peer::own(const char *busName, bool owned)
 {
-    if (owned)
-        dbus_bus_request_name(m_connection.get(), busName, DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr);
-    else
-        dbus_bus_release_name(m_connection.get(), busName, nullptr);
+    DBusConnection *connection = m_connection.get();
+    return owned ? dbus_bus_request_name(connection, busName, DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr)
+            == DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER
+                 : dbus_bus_release_name(connection, busName, nullptr) == DBUS_RELEASE_NAME_REPLY_RELEASED;
 }
 
 void Peer::forgeAnswers(const char *victim, dbus_uint32_t last)

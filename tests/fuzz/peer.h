@@ -22,11 +22,14 @@ public:
 
     void send(Message message);
 
+    /** Sends a call and waits for its answer, error or not; false when none comes. */
+    bool isAnswered(Message call);
+
     /** What has come next; none when nothing is there. */
     Message take();
 
-    /** Asks the bus daemon for a name, or gives it back. */
-    void own(const char *busName, bool owned);
+    /** Asks the bus daemon for a name, or gives it back; whether it has done so. */
+    bool own(const char *busName, bool owned);
 
     /**
      * Answers the calls of `victim`, a bus name, with serial numbers up to `last`, in the place of whoever was called:
