@@ -3,14 +3,16 @@
 
 #include "daemon.h"
 
-#include "programs/unixsignals.h"
+#include "programs/log.h"
 #include "audiobackends.h"
 #include "audiointerface.h"
 #include "audiorouting.h"
+#include "buslink.h"
 #include "bustree.h"
 #include "callpublisher.h"
 #include "managerinterface.h"
 #include "pluginset.h"
+#include "stopsignals.h"
 #include "voicecallmanager.h"
 
 #include <QtCore/QCoreApplication>
@@ -18,7 +20,6 @@
 #include <QtCore/QTimer>
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusError>
-#include <csignal>
 #include <cstdio>
 
 static const QString serviceName = QStringLiteral("org.tarnwickle.voicecall");
@@ -26,11 +27,26 @@ static const QString rootPath = QStringLiteral("/org/tarnwickle/voicecall");
 
 static int fail(const QString &reason)
 {
-    std::fprintf(stderr, "voicecalld: %s\n", qUtf8Printable(reason.simplified()));
+    Log::complain(reason.simplified());
     return 1;
 }
 
-Daemon::Daemon(const Options &options) : m_options(options), m_bus(QDBusConnection::sessionBus()) { }
+Daemon::Daemon(const Options &options)
+    : m_options(options),
+      m_bus(QDBusConnection::sessionBus()),
+      m_questionBus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("questions"))),
+      m_hearing(m_bus, m_questionBus)
+{
+    BusLink::setLargestMessage(m_options.bounds.largestMessage);
+    for (const QDBusConnection &bus : {m_bus, m_questionBus}) {
+        if (bus.isConnected())
+            BusLink::readWithoutLimit(bus);
+    }
+    connect(&m_hearing, &HearingCheck::isDeaf, this, [] {
+        fail(QStringLiteral("the bus daemon answers others, but nothing arrives here any more"));
+        QCoreApplication::exit(1);
+    });
+}
 
 int Daemon::run()
 {
@@ -45,13 +61,12 @@ int Daemon::run()
         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SLOT(onBusLost()));
 
     // From here on, so that an end in the middle of all this is a clean one too.
-    const UnixSignals signalWatch({SIGINT, SIGTERM});
-    connect(&signalWatch, &UnixSignals::received, this, [] { QCoreApplication::exit(0); });
+    const StopSignals stopSignals;
 
     AudioRouting audio(backend.get());
     // Listens to the audio before the plug-ins do: what they do about a change is published behind it.
     auto audioInterface = std::make_unique<AudioInterface>(&audio);
-    VoiceCallManager manager(&audio);
+    VoiceCallManager manager(&audio, m_options.bounds);
     PluginSet plugins(&manager);
     if (!loadPlugins(plugins))
         return 1;
@@ -98,6 +113,7 @@ int Daemon::serve(const PluginSet &plugins)
             QCoreApplication::exit(1);
     });
     const int code = QCoreApplication::exec();
+    m_supervisor.isStopping();
     m_bus.unregisterService(serviceName);
     return code;
 }
@@ -110,11 +126,20 @@ int Daemon::claimName(const PluginSet &plugins)
     if (!claimed.isValid())
         return fail(QStringLiteral("cannot own %1: %2").arg(serviceName, claimed.error().message()));
     if (claimed.value() != QDBusConnectionInterface::ServiceRegistered)
-        return fail(QStringLiteral("another program owns %1 already").arg(serviceName));
+        return fail(anotherOwner());
     std::printf("voicecalld: ready as %s with %s\n", qUtf8Printable(serviceName),
         qUtf8Printable(plugins.ids().join(QLatin1String(", "))));
     std::fflush(stdout);
+    m_supervisor.isReady();
+    m_hearing.start(m_options.hearingCheckInterval);
     return 0;
+}
+
+QString Daemon::anotherOwner() const
+{
+    const QDBusReply<uint> pid = m_bus.interface()->servicePid(serviceName);
+    const QString who = pid.isValid() ? QStringLiteral(", the process %1").arg(pid.value()) : QString();
+    return QStringLiteral("another program owns %1 already%2").arg(serviceName, who);
 }
 
 void Daemon::onBusLost()

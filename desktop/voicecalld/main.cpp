@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "daemon.h"
+#include "programs/log.h"
 #include "providerinfo.h"
 
 #include <QtCore/QCoreApplication>
@@ -12,6 +13,7 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("voicecalld"));
     QCoreApplication::setApplicationVersion(QStringLiteral(RINGLET_VERSION));
+    Log::begin(QStringLiteral("voicecalld"));
     const Options options = Options::read();
     // Rules from Qt's environment variables and files go before this one.
     if (options.trace)

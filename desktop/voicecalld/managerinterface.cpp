@@ -13,7 +13,8 @@ ManagerInterface::ManagerInterface(VoiceCallManager *manager)
     : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Manager1")),
       m_manager(manager)
 {
-    connect(manager, &VoiceCallManager::providersChanged, this, [this] { emit propertiesChanged(properties()); });
+    connect(manager, &VoiceCallManager::providerAdded, this, [this] { emit propertiesChanged(properties()); });
+    connect(manager, &VoiceCallManager::providerRemoved, this, [this] { emit propertiesChanged(properties()); });
 }
 
 QVariantMap ManagerInterface::properties() const
