@@ -86,8 +86,8 @@ IN_FRONT_OF_LIBDBUS dbus_bool_t dbus_connection_send(
     static auto *const send = libdbus<decltype(dbus_connection_send)>("dbus_connection_send");
     if (canBeSent(message))
         return send(connection, message, serial);
-    qCWarning(voicecall, "A message is larger than the bus lets through and not sent: %s",
-        described(message).constData());
+    qCWarning(
+        voicecall, "A message is larger than the bus lets through and not sent: %s", described(message).constData());
     if (!isReply(message))
         return TRUE;
     DBusMessage *error = errorInsteadOf(message);
@@ -99,12 +99,10 @@ IN_FRONT_OF_LIBDBUS dbus_bool_t dbus_connection_send(
 IN_FRONT_OF_LIBDBUS dbus_bool_t dbus_connection_send_with_reply(
     DBusConnection *connection, DBusMessage *message, DBusPendingCall **pending, int timeout)
 {
-    static auto *const send
-        = libdbus<decltype(dbus_connection_send_with_reply)>("dbus_connection_send_with_reply");
+    static auto *const send = libdbus<decltype(dbus_connection_send_with_reply)>("dbus_connection_send_with_reply");
     if (canBeSent(message))
         return send(connection, message, pending, timeout);
-    qCWarning(voicecall, "A call is larger than the bus lets through and not sent: %s",
-        described(message).constData());
+    qCWarning(voicecall, "A call is larger than the bus lets through and not sent: %s", described(message).constData());
     return FALSE;
 }
 

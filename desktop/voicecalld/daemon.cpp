@@ -3,15 +3,15 @@
 
 #include "daemon.h"
 
-#include "programs/log.h"
 #include "audiobackends.h"
 #include "audiointerface.h"
 #include "audiorouting.h"
 #include "buslink.h"
-#include "bustree.h"
+#include "busserver/bustree.h"
 #include "callpublisher.h"
 #include "managerinterface.h"
 #include "pluginset.h"
+#include "programs/log.h"
 #include "stopsignals.h"
 #include "voicecallmanager.h"
 
@@ -72,7 +72,7 @@ int Daemon::run()
         return 1;
 
     BusTree tree(m_bus, rootPath);
-    if (!tree.isPublished())
+    if (!tree.publish())
         return fail(QStringLiteral("a plug-in has taken the place of %1 on the bus").arg(rootPath));
     tree.addToRoot(std::make_unique<ManagerInterface>(&manager));
     tree.addToRoot(std::move(audioInterface));

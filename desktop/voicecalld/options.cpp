@@ -67,7 +67,8 @@ static void readNumbers(const QCommandLineParser &parser, const QVector<NumberOp
     }
 }
 
-static void answerQuestions(QCommandLineParser *parser, const QCommandLineOption &help, const QCommandLineOption &version)
+static void answerQuestions(
+    QCommandLineParser *parser, const QCommandLineOption &help, const QCommandLineOption &version)
 {
     if (!parser->parse(QCoreApplication::arguments()))
         refuse(parser->errorText().section(QLatin1Char('.'), 0, -2));

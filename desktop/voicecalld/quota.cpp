@@ -30,7 +30,8 @@ void Quota::warn()
     if (m_hasWarned)
         return;
     m_hasWarned = true;
-    qCWarning(voicecall, "Too many %s: %d of one application are shown, and %d in all; the others are hidden as long as"
-                         " there is no room",
+    qCWarning(voicecall,
+        "Too many %s: %d of one application are shown, and %d in all; the others are hidden as long as"
+        " there is no room",
         m_kind, m_most.ofEach, m_most.inAll);
 }

@@ -115,8 +115,8 @@ ProviderList VoiceCallManager::providers() const
 
 AbstractVoiceCallProvider *VoiceCallManager::provider(const QString &id) const
 {
-    const auto found = std::find_if(
-        m_providers.begin(), m_providers.end(), [&](const Provider &provider) { return provider.isShown && provider.info.id == id; });
+    const auto found = std::find_if(m_providers.begin(), m_providers.end(),
+        [&](const Provider &provider) { return provider.isShown && provider.info.id == id; });
     return found == m_providers.end() ? nullptr : found->object;
 }
 

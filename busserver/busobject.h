@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#ifndef VOICECALLD_BUSOBJECT_H
-#define VOICECALLD_BUSOBJECT_H
+#ifndef BUSSERVER_BUSOBJECT_H
+#define BUSSERVER_BUSOBJECT_H
 
-#include <QtCore/QString>
-#include <QtCore/QVector>
+#include "bustypes.h"
+
+#include <QtDBus/QDBusMessage>
 #include <memory>
 #include <vector>
 
@@ -29,10 +30,18 @@ public:
     /** Null when there is none of this name. */
     BusInterface *interface(const QString &name) const;
 
-    /** The interface that a call without an interface name means; null when none has the method. */
-    BusInterface *interfaceWithMethod(const QString &method) const;
+    QStringList interfaceNames() const;
+
+    /** What an object manager tells of it: the interfaces that are not the standard ones, with their properties. */
+    BusInterfaceMap ownInterfaces() const;
+    QStringList ownInterfaceNames() const;
+
+    /** Passes the call to the interface that it is for, or says what there is instead. */
+    QDBusMessage answer(const QDBusMessage &call) const;
 
 private:
+    BusInterface *interfaceWithMethod(const QString &method) const;
+
     QString m_path;
     Interfaces m_interfaces;
 };

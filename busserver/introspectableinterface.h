@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#ifndef VOICECALLD_INTROSPECTABLEINTERFACE_H
-#define VOICECALLD_INTROSPECTABLEINTERFACE_H
+#ifndef BUSSERVER_INTROSPECTABLEINTERFACE_H
+#define BUSSERVER_INTROSPECTABLEINTERFACE_H
 
 #include "businterface.h"
 
@@ -15,11 +15,6 @@ class IntrospectableInterface : public BusInterface
 
 public:
     explicit IntrospectableInterface(const BusTree *tree);
-
-    QDBusMessage call(const QDBusMessage &message) override;
-
-private:
-    const BusTree *m_tree;
 };
 
 #endif
