@@ -89,7 +89,7 @@ def markdown(fields):
 
 
 def options():
-    parser = argparse.ArgumentParser(prog="scripts/faults")
+    parser = argparse.ArgumentParser(prog="scripts/check faults")
     parser.add_argument("--only", metavar="PATTERN", default="")
     parser.add_argument("--long", action="store_true")
     parser.add_argument("--report", metavar="FILE", type=argparse.FileType("w"))
@@ -102,7 +102,7 @@ def main():
     wanted = re.compile(chosen.only)
     cells = [cell for cell in all_cells(chosen.directory, chosen.long) if wanted.search(cell.name)]
     if not cells:
-        sys.exit(f"scripts/faults: no cell's name matches '{chosen.only}'")
+        sys.exit(f"scripts/check faults: no cell's name matches '{chosen.only}'")
     width = max(len(cell.name) for cell in cells)
     report = chosen.report or open(os.devnull, "w")  # pylint: disable=consider-using-with
     report.write(markdown(HEADINGS) + markdown(["---"] * len(HEADINGS)))

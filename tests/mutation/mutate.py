@@ -340,7 +340,7 @@ def choose(mutants, only):
 
 
 def arguments():
-    parser = argparse.ArgumentParser(prog="scripts/mutate", description=__doc__)
+    parser = argparse.ArgumentParser(prog="scripts/check mutate", description=__doc__)
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), metavar="N", help="how many tests run at a time")
     parser.add_argument("--only", metavar="FILE|ID", help="only mutants of files with this in their name, or the one")
     parser.add_argument("--list", action="store_true", help="print the mutants and run nothing")
@@ -373,7 +373,7 @@ def main():
             run_all(work, chosen, results, equivalent)
         return 0 if report(work, chosen, results, equivalent, stale) else 1
     except (RuntimeError, ValueError) as error:
-        print(f"scripts/mutate: {error}", file=sys.stderr)
+        print(f"scripts/check mutate: {error}", file=sys.stderr)
         return 1
     except (KeyboardInterrupt, suite.Stopped):
         work.runner.stop()

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Ringlet Authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What scripts/mutate is made of, but for the part that needs clang."""
+"""What scripts/check mutate is made of, but for the part that needs clang."""
 
 import os
 import pathlib

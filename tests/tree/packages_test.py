@@ -58,7 +58,7 @@ class CheckerTest(unittest.TestCase):
                                  ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=OFF", 0),
                                  ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=ON", 1),
                                  ("install_packages scripts/packages scripts/packages-test", 1)):
-            with made_tree({**GOOD_LISTS, "scripts/soak": script, "scripts/common": TEST_LIST}) as root:
+            with made_tree({**GOOD_LISTS, "scripts/checks/soak": script, "scripts/common": TEST_LIST}) as root:
                 self.assertEqual(len(list(problems(root))), expected, script)
 
     def test_unknown_names_are_reported(self):
