@@ -14,7 +14,7 @@
 namespace Log {
 
 /** Longest line, in columns. */
-constexpr int longestLine = 1000;
+constexpr int longestLine = 500;
 
 /** `text` as one line: cut, with a mark, and with \uXXXX for what is not printable. */
 QString line(const QString &text);

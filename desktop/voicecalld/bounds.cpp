@@ -11,10 +11,15 @@ static constexpr int callBytes = longestId + 1024;
 static constexpr int shownTexts = 3;
 static constexpr int characterBytes = 3;
 
-static int fittingNumber(int most, int largestMessage, int bytesOfEach)
+// As many applications can have their full share.
+static constexpr int shares = 5;
+
+static int smaller(int bound, int other) { return bound == 0 ? other : qMin(bound, other); }
+
+static Bounds::Most fittingNumbers(const Bounds::Most &most, int largestMessage, int bytesOfEach)
 {
-    const int room = largestMessage / bytesOfEach;
-    return most == 0 ? room : qMin(most, room);
+    const int inAll = smaller(most.inAll, largestMessage / bytesOfEach);
+    return {smaller(most.ofEach, inAll / shares), inAll};
 }
 
 Bounds Bounds::fitting() const
@@ -23,8 +28,8 @@ Bounds Bounds::fitting() const
     if (largestMessage == 0 || longestText == 0)
         return result;
     const int bytesOfCall = callBytes + shownTexts * characterBytes * (longestText + 1);
-    result.calls.inAll = fittingNumber(calls.inAll, largestMessage, bytesOfCall);
-    result.providers.inAll = fittingNumber(providers.inAll, largestMessage, providerBytes);
+    result.calls = fittingNumbers(calls, largestMessage, bytesOfCall);
+    result.providers = fittingNumbers(providers, largestMessage, providerBytes);
     return result;
 }
 
