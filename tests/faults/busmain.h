@@ -15,7 +15,8 @@ int largestMessage();
 /** What voicecalld has to be told on the tests' bus, beyond what it takes for granted. */
 QStringList optionsOnBus();
 
-/** What docs/limits.md advises for the configuration of the bus, as it stands there. Throws std::runtime_error without any. */
+/** What docs/limits.md advises for the configuration of the bus, as it stands there. Throws std::runtime_error without
+ * any. */
 QString advisedLimits();
 
 #endif

@@ -47,10 +47,8 @@ TEST_P(EdgeOfTheBus, Reaches)
     sendLarge(GetParam(), largestMessage() - (growsBeyondTheProtocol() ? 64 : 8));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, EdgeOfTheBus, testing::Values("announcement", "call", "registration"), [](const auto &info) {
-        return std::string(info.param);
-    });
+INSTANTIATE_TEST_SUITE_P(Of, EdgeOfTheBus, testing::Values("announcement", "call", "registration"),
+    [](const auto &info) { return std::string(info.param); });
 
 TEST_F(EdgeCell, TonesOfTheLargestSizeToACallWithALongPath)
 {
@@ -77,14 +75,27 @@ TEST_F(EdgeCell, WhereTheLibraryWouldStopReading)
     honest.makeCall();
 }
 
+TEST_F(EdgeCell, TheLargestMessageOfTheProtocolEndsTheHostOnABusWithoutLimitsAsIsDocumented)
+{
+    ASSERT_NO_FATAL_FAILURE(bringUpFaulty());
+    faulty.type(QStringLiteral("large call %1").arg(protocolLimit - 8));
+    if (growsBeyondTheProtocol()) {
+        expectNoHost();
+        EXPECT_EQ(host.program().waitForExit(), 1);
+    } else {
+        beginDeparture();
+        EXPECT_EQ(faulty.waitForExit(), 0) << "the application is still on the bus";
+    }
+}
+
 TEST_F(EdgeCell, TwoRegistrationsWhosePathsAreTooLongForOneList)
 {
     // 34 MB each, or as much of it as the bus lets through: more than an array may hold.
     const int length = qMin(34000000, largestMessage() * 6 / 10);
     ASSERT_NO_FATAL_FAILURE(tellAndAwait(QStringLiteral("flood paths 2 %1").arg(length), "answered"));
     ScriptedApplication client;
-    EXPECT_EQ(client.call(DesktopHost::name(), "/zelkovar/call/service", "zelkovar.Call.ServiceManager1",
-                  "ListCallManagers"),
+    EXPECT_EQ(
+        client.call(DesktopHost::name(), "/zelkovar/call/service", "zelkovar.Call.ServiceManager1", "ListCallManagers"),
         "org.freedesktop.DBus.Error.LimitsExceeded");
     EXPECT_EQ(host.providers().size(), 1);
     honest.makeCall();

@@ -3,6 +3,7 @@
 
 #include "faultyapplication.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <map>
@@ -347,7 +348,12 @@ static std::size_t sizeOf(DBusMessage *message)
 void FaultyApplication::sendLarge(const std::string &kind, std::size_t size)
 {
     const std::map<std::string, std::function<DBusMessage *(std::size_t)>> kinds = {
-        {"announcement", [](std::size_t padding) { return announcement("/bad/large", 3, padding); }},
+        {"announcement",
+            [](std::size_t padding) {
+                // An array, other than a message, has no room for more.
+                const std::size_t name = std::min(padding, 60 * mebibyte);
+                return announcement("/bad/" + std::string(padding - name + 1, 'x'), 3, name);
+            }},
         {"call", bogusCall},
         {"registration", [](std::size_t padding) { return registration(longPath(padding)); }},
     };

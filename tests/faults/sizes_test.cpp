@@ -75,10 +75,10 @@ TEST_F(SizeCell, TwoCallsWithLongNames)
     EXPECT_TRUE(host.table().contains("faulty:/bad/flood1=incoming"));
 }
 
-TEST_F(SizeCell, SixteenHundredCalls)
+TEST_F(SizeCell, EighteenHundredCalls)
 {
     ASSERT_NO_FATAL_FAILURE(bringUpFaulty());
-    ASSERT_NO_FATAL_FAILURE(flood("calls 1600"));
+    ASSERT_NO_FATAL_FAILURE(flood("calls 1800"));
     askForEverything();
 }
 
