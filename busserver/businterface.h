@@ -13,8 +13,8 @@
 #include <functional>
 
 /**
- * One interface on one bus object. What its members are is read from the interface's file in dbus/; a subclass
- * gives them their meaning.
+ * One interface on one bus object. What its members are is read from the interface's file in dbus/; their meaning
+ * comes with the functions, and properties from a subclass.
  */
 class BusInterface : public QObject
 {
@@ -27,6 +27,9 @@ public:
      */
     using Method = std::function<QDBusMessage(const QDBusMessage &call)>;
     using Methods = QHash<QString, Method>;
+
+    /** `methods` has a function for each described method; otherwise the program ends here. */
+    explicit BusInterface(const QString &name, const Methods &methods = {});
 
     const QString &name() const { return m_name; }
     const InterfaceDescription &description() const { return m_description; }
@@ -45,9 +48,6 @@ Q_SIGNALS:
     void raised(const QString &member, const QVariantList &arguments);
 
 protected:
-    /** `methods` has a function for each described method; otherwise the program ends here. */
-    explicit BusInterface(const QString &name, const Methods &methods = {});
-
     /** Why this caller may not call the method; empty if it may, as all may here. */
     virtual QString refusal(const QDBusMessage &call) const;
 

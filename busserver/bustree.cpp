@@ -106,7 +106,7 @@ bool BusTree::send(const QString &path, const QString &interface, const QString 
 {
     QDBusMessage signal = QDBusMessage::createSignal(path, interface, member);
     signal.setArguments(arguments);
-    return m_connection.send(signal);
+    return m_isPublished && m_connection.send(signal);
 }
 
 void BusTree::sendFromRoot(const QString &member, const QVariantList &arguments)

@@ -25,7 +25,7 @@ public:
     BusTree(const QDBusConnection &connection, const QString &rootPath);
     ~BusTree() override;
 
-    /** Puts the tree on the bus. False when this program has something else there, or above. */
+    /** Puts the tree on the bus; until then it tells nothing. False when this program has something else there. */
     bool publish();
 
     /** Adds an interface to the root. */

@@ -64,6 +64,8 @@ int Daemon::run()
 
     // From here on, so that an end in the middle of all this is a clean one too.
     const StopSignals stopSignals;
+    if (!stopSignals.errorString().isEmpty())
+        return fail(stopSignals.errorString());
 
     AudioRouting audio(backend.get());
     // Listens to the audio before the plug-ins do: what they do about a change is published behind it.

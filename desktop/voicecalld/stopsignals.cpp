@@ -15,6 +15,8 @@ static constexpr int patienceMs = 5000;
 
 StopSignals::StopSignals() : m_signals(std::make_unique<UnixSignals>(std::initializer_list<int>{SIGINT, SIGTERM}))
 {
+    if (!errorString().isEmpty())
+        return;
     m_patience.setSingleShot(true);
     m_patience.setInterval(patienceMs);
     m_signals->moveToThread(&m_thread);
@@ -37,3 +39,5 @@ StopSignals::~StopSignals()
     m_thread.quit();
     m_thread.wait();
 }
+
+QString StopSignals::errorString() const { return m_signals->errorString(); }

@@ -19,11 +19,13 @@ class StopSignals : public QObject
     Q_OBJECT
 
 public:
-    /** Throws std::system_error when the system refuses. */
     StopSignals();
 
     /** From here on the process can no longer be ended by force. */
     ~StopSignals() override;
+
+    /** Why the signals are not seen, for people; empty when they are. */
+    QString errorString() const;
 
 private:
     std::unique_ptr<UnixSignals> m_signals;
