@@ -12,7 +12,6 @@
 #include "managerinterface.h"
 #include "pluginset.h"
 #include "programs/log.h"
-#include "stopsignals.h"
 #include "voicecallmanager.h"
 
 #include <QtCore/QCoreApplication>
@@ -61,11 +60,6 @@ int Daemon::run()
         return fail(QStringLiteral("no session bus: %1").arg(m_bus.lastError().message()));
     m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SLOT(onBusLost()));
-
-    // From here on, so that an end in the middle of all this is a clean one too.
-    const StopSignals stopSignals;
-    if (!stopSignals.errorString().isEmpty())
-        return fail(stopSignals.errorString());
 
     AudioRouting audio(backend.get());
     // Listens to the audio before the plug-ins do: what they do about a change is published behind it.

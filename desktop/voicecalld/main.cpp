@@ -4,6 +4,7 @@
 #include "daemon.h"
 #include "programs/log.h"
 #include "providerinfo.h"
+#include "stopsignals.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
@@ -18,6 +19,8 @@ int main(int argc, char *argv[])
     // Rules from Qt's environment variables and files go before this one.
     if (options.trace)
         QLoggingCategory::setFilterRules(QStringLiteral("voicecall=true"));
+    // From here on, so that an end in the middle of all that comes is a clean one too.
+    const StopSignals stopSignals;
     ProviderInfo::registerTypes();
     return Daemon(options).run();
 }

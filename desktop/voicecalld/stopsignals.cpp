@@ -4,40 +4,40 @@
 #include "stopsignals.h"
 
 #include "programs/log.h"
-#include "programs/unixsignals.h"
 
 #include <QtCore/QCoreApplication>
-#include <csignal>
 #include <unistd.h>
 
 // What the plug-ins have to do at their end may take a moment, too.
-static constexpr int patienceMs = 5000;
+static constexpr timespec patience = {5, 0};
 
-StopSignals::StopSignals() : m_signals(std::make_unique<UnixSignals>(std::initializer_list<int>{SIGINT, SIGTERM}))
+StopSignals::StopSignals()
 {
-    if (!errorString().isEmpty())
-        return;
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(patienceMs);
-    m_signals->moveToThread(&m_thread);
-    m_patience.moveToThread(&m_thread);
-    connect(m_signals.get(), &UnixSignals::received, &m_patience, [this] {
-        if (!m_patience.isActive())
-            m_patience.start();
-    });
-    connect(m_signals.get(), &UnixSignals::received, QCoreApplication::instance(), [] { QCoreApplication::exit(0); });
-    connect(&m_patience, &QTimer::timeout, &m_patience, [] {
-        Log::complain(QStringLiteral("ended in the middle of its work, which had to wait"));
-        _exit(0);
-    });
-    connect(&m_thread, &QThread::finished, &m_patience, &QTimer::stop);
-    m_thread.start();
+    sigemptyset(&m_signals);
+    sigaddset(&m_signals, SIGINT);
+    sigaddset(&m_signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
+    m_thread = std::thread(&StopSignals::watch, this);
 }
 
 StopSignals::~StopSignals()
 {
-    m_thread.quit();
-    m_thread.wait();
+    m_isOver = true;
+    pthread_kill(m_thread.native_handle(), SIGTERM);
+    m_thread.join();
 }
 
-QString StopSignals::errorString() const { return m_signals->errorString(); }
+void StopSignals::watch()
+{
+    int number = 0;
+    sigwait(&m_signals, &number);
+    if (m_isOver)
+        return;
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+    sigtimedwait(&m_signals, nullptr, &patience);
+    if (m_isOver)
+        return;
+    Log::complain(QStringLiteral("ended in the middle of its work, which had to wait"));
+    _exit(0);
+}

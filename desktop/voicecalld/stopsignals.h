@@ -4,33 +4,34 @@
 #ifndef VOICECALLD_STOPSIGNALS_H
 #define VOICECALLD_STOPSIGNALS_H
 
-#include <QtCore/QThread>
-#include <QtCore/QTimer>
-
-class UnixSignals;
+#include <atomic>
+#include <csignal>
+#include <thread>
 
 /**
- * Ends the program on SIGINT and SIGTERM: its event loop with 0, or the process itself with 0 if the loop
- * does not end soon. The signals are seen in a thread of their own, since the main thread may wait for the
+ * Ends the program on SIGINT and SIGTERM: its event loop with 0, or the process itself with 0 if that does not
+ * help soon, or at a second signal. A thread of its own waits for them, since the main thread may wait for the
  * bus daemon for a long time.
+ *
+ * To be made when there is an application object and no thread yet: those that come leave the signals to this one.
  */
-class StopSignals : public QObject
+class StopSignals
 {
-    Q_OBJECT
-
 public:
     StopSignals();
 
-    /** From here on the process can no longer be ended by force. */
-    ~StopSignals() override;
+    /** From here on the process is no longer ended by force. */
+    ~StopSignals();
 
-    /** Why the signals are not seen, for people; empty when they are. */
-    QString errorString() const;
+    StopSignals(const StopSignals &) = delete;
+    StopSignals &operator=(const StopSignals &) = delete;
 
 private:
-    std::unique_ptr<UnixSignals> m_signals;
-    QTimer m_patience;
-    QThread m_thread;
+    void watch();
+
+    sigset_t m_signals = {};
+    std::atomic<bool> m_isOver{false};
+    std::thread m_thread;
 };
 
 #endif
