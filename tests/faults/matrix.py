@@ -13,7 +13,8 @@ import subprocess
 import sys
 import time
 
-FAST = ["departures", "replies", "floods", "busfaults", "lostbus", "advice", "scarce"]
+FAST = ["departures", "replies", "floods", "busfaults", "lostbus", "advice", "scarce", "sizes", "sizes_advised",
+        "sizes_narrow"]
 LONG = ["faults_long", "faults_long_advised"]
 FAST_LIMIT_S = 60
 LONG_LIMIT_S = 3600
@@ -33,7 +34,7 @@ class Cell:
     @property
     def name(self):
         # What the parameters were instantiated for says nothing that the rest does not.
-        bus = " (advised bus)" if self.program.name.endswith("_advised") else ""
+        bus = next((f" ({name} bus)" for name in ["advised", "narrow"] if f"_{name}" in self.program.name), "")
         return re.sub(r"^(Application|Answers|Of)/", "", self.test) + bus
 
 
