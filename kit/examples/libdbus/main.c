@@ -1,9 +1,7 @@
 /* SPDX-FileCopyrightText: 2026 The Ringlet Authors
  * SPDX-License-Identifier: BSD-3-Clause
  *
- * One incoming call: ringlet-example-libdbus [ADDRESS [NAME [BUS-NAME-OF-THE-HOST]]]. Ctrl-C is the far end
- * hanging up.
- */
+ * One incoming call: ringlet-example-libdbus [ADDRESS [NAME [HOST-BUS-NAME]]]. Ctrl-C is the far end hanging up. */
 
 #include <dbus/dbus.h>
 #include <poll.h>
@@ -32,13 +30,12 @@ static char host[DBUS_MAXIMUM_NAME_LENGTH + 1]; /* the connection that has the h
 static dbus_uint32_t registration; /* serial of the request */
 static dbus_uint32_t status = NOT_YET;
 
-static void send_message(DBusMessage *message)
+static bool send_message(DBusMessage *message)
 {
     dbus_connection_send(bus, message, NULL);
     dbus_message_unref(message);
+    return true;
 }
-
-/* --- What the host is told */
 
 static void send_status(void)
 {
@@ -130,8 +127,6 @@ static void change_status(dbus_uint32_t from, dbus_uint32_t to)
     }
 }
 
-/* --- What the host commands. `value` is as wide as the argument's type. */
-
 static void read_next(DBusMessageIter *from, void *value)
 {
     dbus_message_iter_get_basic(from, value);
@@ -200,21 +195,16 @@ static bool take_command(DBusMessage *request)
         ++i;
     if (i == COUNT(commands) || status <= ENDED || !dbus_message_has_path(request, CALL_PATH))
         return false;
-    if (!dbus_message_has_sender(request, host)) {
-        send_message(dbus_message_new_error(request, DBUS_ERROR_ACCESS_DENIED, "only the host commands calls"));
-    } else if (!dbus_message_has_signature(request, commands[i].signature)) {
-        send_message(dbus_message_new_error(request, DBUS_ERROR_INVALID_ARGS, "arguments of other types"));
-    } else {
-        printf("%s", commands[i].method);
-        dbus_message_iter_init(request, &arguments);
-        commands[i].obey(&arguments);
-        putchar('\n');
-        send_message(dbus_message_new_method_return(request));
-    }
-    return true;
+    if (!dbus_message_has_sender(request, host))
+        return send_message(dbus_message_new_error(request, DBUS_ERROR_ACCESS_DENIED, "only the host commands calls"));
+    if (!dbus_message_has_signature(request, commands[i].signature))
+        return send_message(dbus_message_new_error(request, DBUS_ERROR_INVALID_ARGS, "arguments of other types"));
+    printf("%s", commands[i].method);
+    dbus_message_iter_init(request, &arguments);
+    commands[i].obey(&arguments);
+    putchar('\n');
+    return send_message(dbus_message_new_method_return(request));
 }
-
-/* --- The host */
 
 static void set_host(const char *owner)
 {
@@ -263,21 +253,16 @@ static void on_shown(DBusMessage *signal)
         send_status();
 }
 
-static void on_owner_changed(DBusMessage *signal)
-{
-    const char *changed, *before, *owner;
-    if (dbus_message_get_args(signal, NULL, DBUS_TYPE_STRING, &changed, DBUS_TYPE_STRING, &before, DBUS_TYPE_STRING,
-            &owner, DBUS_TYPE_INVALID))
-        set_host(owner);
-}
-
 /* Only when it is registered may the call be announced. Before, it would be reported twice: by its announcement,
  * and in the answer to GetManagedObjects. A call that is up already is told by that answer. */
 static DBusHandlerResult on_message(DBusConnection *connection, DBusMessage *message, void *data)
 {
+    const char *text, *owner;
     bool is_from_host = dbus_message_has_sender(message, host), is_from_bus = dbus_message_has_sender(message, DAEMON);
-    if (is_from_bus && dbus_message_is_signal(message, DAEMON, "NameOwnerChanged"))
-        on_owner_changed(message);
+    if (is_from_bus && dbus_message_is_signal(message, DAEMON, "NameOwnerChanged")
+        && dbus_message_get_args(message, NULL, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING,
+            &owner, DBUS_TYPE_INVALID))
+        set_host(owner);
     else if (is_from_host && dbus_message_get_reply_serial(message) == registration && status == NOT_YET
         && dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN)
         ring();
@@ -306,8 +291,6 @@ static void follow_host(void)
         set_host(owner);
     dbus_message_unref(request);
 }
-
-/* --- The program */
 
 static void run_until_interrupted(void)
 {
