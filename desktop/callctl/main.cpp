@@ -4,6 +4,7 @@
 #include "commandline.h"
 #include "commands.h"
 #include "failure.h"
+#include "output.h"
 #include "programs/printabletext.h"
 
 #include <QtCore/QCoreApplication>
@@ -14,9 +15,9 @@ static int run(const QStringList &arguments)
 {
     const CommandLine line = CommandLine::read(arguments);
     if (line.help)
-        std::fputs(qUtf8Printable(CommandLine::helpText()), stdout);
+        Output::print(CommandLine::helpText().toUtf8());
     else if (line.version)
-        std::printf("callctl %s\n", RINGLET_VERSION);
+        Output::print("callctl " RINGLET_VERSION "\n");
     else
         Commands::run(line);
     return int(ExitCode::Success);

@@ -3,14 +3,14 @@
 
 #include "daemon.h"
 
-#include "programs/unixsignals.h"
 #include "audiobackends.h"
 #include "audiointerface.h"
 #include "audiorouting.h"
-#include "bustree.h"
+#include "busserver/bustree.h"
 #include "callpublisher.h"
 #include "managerinterface.h"
 #include "pluginset.h"
+#include "programs/unixsignals.h"
 #include "voicecallmanager.h"
 
 #include <QtCore/QCoreApplication>
@@ -46,6 +46,8 @@ int Daemon::run()
 
     // From here on, so that an end in the middle of all this is a clean one too.
     const UnixSignals signalWatch({SIGINT, SIGTERM});
+    if (!signalWatch.errorString().isEmpty())
+        return fail(signalWatch.errorString());
     connect(&signalWatch, &UnixSignals::received, this, [] { QCoreApplication::exit(0); });
 
     AudioRouting audio(backend.get());
@@ -57,7 +59,7 @@ int Daemon::run()
         return 1;
 
     BusTree tree(m_bus, rootPath);
-    if (!tree.isPublished())
+    if (!tree.publish())
         return fail(QStringLiteral("a plug-in has taken the place of %1 on the bus").arg(rootPath));
     tree.addToRoot(std::make_unique<ManagerInterface>(&manager));
     tree.addToRoot(std::move(audioInterface));

@@ -3,6 +3,7 @@
 
 #include "managerinterface.h"
 
+#include "busserver/busreply.h"
 #include "voicecallmanager.h"
 
 #include <abstractvoicecallprovider.h>
@@ -10,7 +11,8 @@
 #include <QtCore/QPointer>
 
 ManagerInterface::ManagerInterface(VoiceCallManager *manager)
-    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Manager1")),
+    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Manager1"),
+        {{QStringLiteral("Dial"), [this](const QDBusMessage &message) { return dial(message); }}}),
       m_manager(manager)
 {
     connect(manager, &VoiceCallManager::providersChanged, this, [this] { emit propertiesChanged(properties()); });
@@ -21,8 +23,7 @@ QVariantMap ManagerInterface::properties() const
     return {{QStringLiteral("Providers"), QVariant::fromValue(m_manager->providers())}};
 }
 
-// Dial is its only method.
-QDBusMessage ManagerInterface::call(const QDBusMessage &message)
+QDBusMessage ManagerInterface::dial(const QDBusMessage &message) const
 {
     const QString id = message.arguments().at(0).toString();
     const QPointer<AbstractVoiceCallProvider> provider = m_manager->provider(id);
@@ -41,7 +42,5 @@ QString ManagerInterface::noSuchProvider(const QString &id) const
     const ProviderList providers = m_manager->providers();
     for (const ProviderInfo &provider : providers)
         known.append(provider.id);
-    return QStringLiteral("No provider has the id '%1'; there %2")
-        .arg(id,
-            known.isEmpty() ? QStringLiteral("is none") : QStringLiteral("are: ") + known.join(QLatin1String(", ")));
+    return QStringLiteral("No provider has the id '%1'; %2").arg(id, BusReply::thereIs(known));
 }

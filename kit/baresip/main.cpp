@@ -1,21 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "../common/stopsignals.h"
 #include "baresipcontrol.h"
 #include "bridge.h"
 #include "options.h"
+#include "programs/unixsignals.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QMetaEnum>
 #include <QtDBus/QDBusError>
+#include <csignal>
 #include <cstdio>
 
 using Ringlet::CallManager;
 
 namespace {
 
-enum ExitCode { Success = 0, WrongUsage = 2, NoBus = 3 };
+enum ExitCode { Success = 0, Failed = 1, WrongUsage = 2, NoBus = 3 };
 
 int complain(const QString &message, ExitCode code = Success)
 {
@@ -43,7 +44,9 @@ int run(const Options &options)
     CallManager manager(QStringLiteral("/ringlet/baresip"));
     BaresipControl control(options.host, options.port);
     Bridge bridge(control, manager, options.inputs, options.outputs);
-    StopSignals stopSignals;
+    const UnixSignals stopSignals({SIGINT, SIGTERM}, UnixSignals::Second::EndsTheProcess);
+    if (!stopSignals.errorString().isEmpty())
+        return complain(stopSignals.errorString(), Failed);
     const QString baresip = QStringLiteral("baresip at %1:%2").arg(options.host).arg(options.port);
 
     QObject::connect(&manager, &CallManager::stateChanged, &manager, [&](CallManager::State state) {
@@ -57,7 +60,7 @@ int run(const Options &options)
     QObject::connect(&control, &BaresipControl::unreachable,
         [&](const QString &reason) { say(QStringLiteral("waiting for %1: %2").arg(baresip, reason)); });
     QObject::connect(&bridge, &Bridge::warning, [](const QString &text) { complain(text); });
-    QObject::connect(&stopSignals, &StopSignals::received, &manager, &CallManager::endCalls);
+    QObject::connect(&stopSignals, &UnixSignals::received, &manager, &CallManager::endCalls);
     QObject::connect(&manager, &CallManager::flushed, [] { QCoreApplication::exit(Success); });
     control.start();
     return QCoreApplication::exec();

@@ -27,6 +27,7 @@ Baresip::Baresip(const Settings &settings) : m_settings(settings), m_control(loo
 bool Baresip::start(ControlledBy controlledBy)
 {
     m_events.clear();
+    m_program.setMustStay();
     if (!writeConfiguration()
         || !m_program.start(QStringLiteral(BARESIP), {QStringLiteral("-4"), QStringLiteral("-f"), m_directory.path()})
         || !m_program.waitForOutput(QStringLiteral("baresip is ready")))

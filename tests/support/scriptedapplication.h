@@ -80,8 +80,8 @@ public:
     /** The whole body of the reply, of whatever type. The descriptors must stay open meanwhile. */
     void setSnapshotBody(const QString &arguments, const QVector<int> &descriptors = {});
 
-    /** Answer it with this error. */
-    void refuseSnapshot(const QString &errorName);
+    /** Answer it with this error, and with a body of whatever type where one is given, rather than a text. */
+    void refuseSnapshot(const QString &errorName, const QString &arguments = {});
 
     /** Keep the request unanswered until releaseSnapshot(). */
     void holdSnapshot();

@@ -9,7 +9,8 @@ import re
 from sources import files
 
 # A room may include its own headers, and those of these others.
-ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "desktop": {"platform", "programs"}, "kit": {"programs"},
+ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "busserver": set(),
+         "desktop": {"platform", "programs", "busserver"}, "kit": {"programs", "busserver"},
          "bench": {"platform", "src"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
@@ -19,10 +20,8 @@ RANK = {folder: rank for rank, layer in enumerate(LAYERS) for folder in layer}
 # The audio slots are members of the class in calls/.
 EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 
-# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it,
-# and what programs share.
+# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it.
 INTERFACE = "kit/client/RingletClient"
-KIT_SHARED = {INTERFACE, "kit/common"}
 
 # Headers that are generated from dbus/, and the folder of the plug-in that each belongs to.
 GENERATED = {
@@ -72,9 +71,9 @@ def allowed(source, target):
         return True
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
-        return other in ROOMS[room]
+        return other in ROOMS[room] and own != INTERFACE
     if room == "kit":
-        return target in KIT_SHARED and own != INTERFACE
+        return target == INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]
 
 

