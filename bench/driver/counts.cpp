@@ -228,30 +228,25 @@ constexpr Subject floorAndPlugin[] = {{"bare, sending", Kind::Sending, ""}, {"pl
 constexpr Subject between[] = {
     {"bare", Kind::Bare, ""}, {"bare, relaying", Kind::Relaying, ""}, {"plug-in, log silent", Kind::Plugin, "*=false"}};
 
-// Processes differ more from each other than the rounds of one.
-constexpr int processes = 4;
-constexpr int roundsOfAProcess = 5;
+// Processes differ more from each other than the rounds of one: scripts/bench has several.
+constexpr int rounds = 5;
 
-// All paths in one process; in the first round they begin with what a process does once, which is thrown away.
-void countIn(Counted &counted, const Subject &subject, int process, std::vector<Row> &rows)
+// All paths in one process. It begins with what a process does once, which is thrown away.
+void countIn(Counted &counted, const Subject &subject, std::vector<Row> &rows)
 {
-    for (int round = -1; round < roundsOfAProcess; ++round) {
+    for (int round = -1; round < rounds; ++round) {
         for (size_t i = 0; i < rows.size(); ++i) {
             const double count = paths[i].count(counted, paths[i].size);
             if (round >= 0)
-                rows[i].add(subject.name, process * roundsOfAProcess + round, count);
+                rows[i].add(subject.name, round, count);
         }
     }
 }
 
 // callgrind's files of one process.
-QString profileName(const Subject &subject, int process)
+QString profileName(const Subject &subject)
 {
-    return QStringLiteral("%1-%2")
-        .arg(QLatin1String(subject.name))
-        .arg(process)
-        .remove(QLatin1Char(','))
-        .replace(QLatin1Char(' '), QLatin1Char('-'));
+    return QString::fromLatin1(subject.name).remove(QLatin1Char(',')).replace(QLatin1Char(' '), QLatin1Char('-'));
 }
 
 } // namespace
@@ -266,12 +261,9 @@ void countInstructions(const Bench &bench)
     std::vector<Row> rows;
     for (const Path &path : paths)
         rows.push_back({std::string("instructions, ") + path.name, path.size, "instructions", {}});
-    for (int process = 0; process < processes; ++process) {
-        for (const Subject &subject : subjects) {
-            Counted counted(
-                bench, subject.kind, subject.logging, directory.absoluteFilePath(profileName(subject, process)));
-            countIn(counted, subject, process, rows);
-        }
+    for (const Subject &subject : subjects) {
+        Counted counted(bench, subject.kind, subject.logging, directory.absoluteFilePath(profileName(subject)));
+        countIn(counted, subject, rows);
     }
     for (const Row &row : rows)
         bench.results.add(row);

@@ -46,6 +46,17 @@ bool isMeasurement(const QString &name)
         [&](const Measurement &measurement) { return name == QLatin1String(measurement.name); });
 }
 
+// Those of these names, in the usual order; without a name, all that are timed.
+std::vector<Measurement> chosen(const QStringList &names)
+{
+    std::vector<Measurement> all;
+    for (const Measurement &measurement : measurements) {
+        if (names.isEmpty() ? measurement.isTimed : names.contains(QLatin1String(measurement.name)))
+            all.push_back(measurement);
+    }
+    return all;
+}
+
 double loadAverage()
 {
     double load = 0;
@@ -104,7 +115,8 @@ int main(int argc, char *argv[])
         QStringLiteral("profiles"), QStringLiteral("Keep callgrind's files in this directory."), QStringLiteral("DIR"));
     parser.addOptions({output, isShort, profiles});
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("MEASUREMENT"), QStringLiteral("Only these of: %1.").arg(names()),
+    parser.addPositionalArgument(QStringLiteral("MEASUREMENT"),
+        QStringLiteral("Only these of: %1; all but counts without any.").arg(names()),
         QStringLiteral("[MEASUREMENT...]"));
     parser.process(application);
     for (const QString &name : parser.positionalArguments()) {
@@ -115,12 +127,12 @@ int main(int argc, char *argv[])
         }
     }
     try {
+        const std::vector<Measurement> wanted = chosen(parser.positionalArguments());
+        if (std::none_of(wanted.begin(), wanted.end(), [](const Measurement &one) { return one.isTimed; }))
+            runAnywhere();
         runOn(Side::Applications);
-        const QStringList wanted = parser.positionalArguments();
-        for (const Measurement &measurement : measurements) {
-            if (wanted.isEmpty() || wanted.contains(QLatin1String(measurement.name)))
-                run(measurement, parser.value(output), parser.isSet(isShort), parser.value(profiles).toStdString());
-        }
+        for (const Measurement &measurement : wanted)
+            run(measurement, parser.value(output), parser.isSet(isShort), parser.value(profiles).toStdString());
     } catch (const std::exception &error) {
         std::fprintf(stderr, "bench: %s\n", error.what());
         return 1;

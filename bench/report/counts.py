@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Ringlet Authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Compares counts of instructions with those that are recorded: counts.py --check|--record COUNTS RECORDED."""
+"""Compares counts of instructions with those that are recorded: counts.py --check|--record RECORDED COUNTS..."""
 
 import json
 import pathlib
@@ -37,8 +37,8 @@ def compare(now, recorded):
             yield f"{key}: {now[key]:.3f}, recorded {recorded[key]:.3f}"
 
 
-def main(mode, counts, record):
-    now = ratios(Results(pathlib.Path(counts)))
+def main(mode, record, *counts):
+    now = ratios(Results(*(pathlib.Path(file) for file in counts)))
     if mode == "--record":
         with open(record, "w", encoding="utf-8") as file:
             json.dump({key: round(value, 3) for key, value in now.items()}, file, indent=2)

@@ -72,11 +72,14 @@ class Results:
                     self._add(row)
 
     def _add(self, row):
+        # Several processes follow one another.
         self.units[row["name"]] = row["unit"]
-        self.values[row["name"], row["size"]] = {one["who"]: one["rounds"] for one in row["samples"]}
+        values = self.values.setdefault((row["name"], row["size"]), {})
+        for one in row["samples"]:
+            values.setdefault(one["who"], []).extend(one["rounds"])
 
     def _add_in_process(self, benchmarks):
-        # Google Benchmark's file: a repetition is a round, and several processes follow one another.
+        # Google Benchmark's file: a repetition is a round.
         for one in benchmarks:
             if one["run_type"] == "iteration":
                 name, _, size = one["name"].partition("/")
