@@ -163,11 +163,17 @@ def log(results):
                "≤ 1 %", share.verdict(1), rounds_of(results, *row))
 
 
+def counted_paths(results):
+    """Rows of instructions, and how they are called; a line of a trace is no path."""
+    for name, size in results.values:
+        if name.startswith(INSTRUCTIONS) and "trace" not in name:
+            yield (name, size), name[len(INSTRUCTIONS):] + (f", {size:,}" if size else "")
+
+
 def by_instructions(results):
     """Every path against the floor that sends the same."""
-    for name, size in results.values:
-        if name.startswith(INSTRUCTIONS) and results.has(name, size, "bare, sending"):
-            what = name[len(INSTRUCTIONS):] + (f", {size:,}" if size else "")
+    for (name, size), what in counted_paths(results):
+        if results.has(name, size, "bare, sending"):
             yield ratio_goal(results, (name, size), what, "bare, sending", INSTRUCTION_LIMIT)
 
 

@@ -58,15 +58,13 @@ def count_table(results):
     """Instructions of everybody, and where those that the plug-in has beyond its floor are spent."""
     who = ["bare", "bare, sending", "bare, relaying", "plug-in, log silent", "plug-in"]
 
-    def line(row):
+    def line(row, what):
         bare, sending, relaying, silent, plugin = values = [results.p50(*row, one) for one in who]
         parts = [relaying - sending, plugin - silent, silent - relaying]
-        return ([row[0][len(goals.INSTRUCTIONS):] + (f", {row[1]:,}" if row[1] else "")]
-                + [f"{value:,.0f}" for value in values] + [f"{part / sending:+.1%}" for part in parts])
+        return [what] + [f"{value:,.0f}" for value in values] + [f"{part / sending:+.1%}" for part in parts]
 
     return table(["instructions"] + who + ["adaptor's relay", "log lines", "the rest"],
-                 (line(row) for row in results.values
-                  if row[0].startswith(goals.INSTRUCTIONS) and results.has(*row, "bare, relaying")))
+                 (line(*path) for path in goals.counted_paths(results) if results.has(*path[0], "bare, relaying")))
 
 
 def slope_table(*names):
