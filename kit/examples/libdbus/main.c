@@ -24,7 +24,7 @@ static const char *const interfaces[] = {CALL, DTMF, AUDIO};
 static DBusConnection *bus;
 static char host[DBUS_MAXIMUM_NAME_LENGTH + 1]; /* the connection that has the host's name; empty if none has */
 static volatile sig_atomic_t is_interrupted;
-static dbus_uint32_t status = NOT_YET, registration; /* the latter is the serial of the request */
+static dbus_uint32_t status = NOT_YET, owner_request, registration; /* the latter two are serials */
 
 static bool send_message(DBusMessage *message)
 {
@@ -242,13 +242,16 @@ static void on_shown(DBusMessage *signal)
 static DBusHandlerResult on_message(DBusConnection *connection, DBusMessage *message, void *data)
 {
     const char *text, *owner;
+    bool is_reply = dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN; /* and no error */
     bool is_from_host = dbus_message_has_sender(message, host), is_from_bus = dbus_message_has_sender(message, DAEMON);
     if (is_from_bus && dbus_message_is_signal(message, DAEMON, "NameOwnerChanged")
         && dbus_message_get_args(message, NULL, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING,
             &owner, DBUS_TYPE_INVALID))
         set_host(owner);
-    else if (is_from_host && dbus_message_get_reply_serial(message) == registration && status == NOT_YET
-        && dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN)
+    else if (is_from_bus && is_reply && dbus_message_get_reply_serial(message) == owner_request
+        && dbus_message_get_args(message, NULL, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID))
+        set_host(owner);
+    else if (is_from_host && is_reply && dbus_message_get_reply_serial(message) == registration && status == NOT_YET)
         ring();
     else if (is_from_host && dbus_message_is_signal(message, "zelkovar.Call.ServiceManager1", "InterfacesAdded")
         && dbus_message_has_signature(message, "soa{sa{sv}}"))
@@ -263,16 +266,13 @@ static DBusHandlerResult on_message(DBusConnection *connection, DBusMessage *mes
 
 static void follow_host(void)
 {
-    DBusMessage *request = dbus_message_new_method_call(DAEMON, DBUS_PATH_DBUS, DAEMON, "GetNameOwner"), *reply;
-    const char *owner;
+    DBusMessage *request = dbus_message_new_method_call(DAEMON, DBUS_PATH_DBUS, DAEMON, "GetNameOwner");
     char rule[512];
     snprintf(rule, sizeof rule, "sender='" DAEMON "',member='NameOwnerChanged',arg0='%s'", host_name);
     dbus_bus_add_match(bus, rule, NULL);
     dbus_bus_add_match(bus, "path='" SERVICE_PATH "',member='InterfacesAdded'", NULL);
     dbus_message_append_args(request, DBUS_TYPE_STRING, &host_name, DBUS_TYPE_INVALID);
-    reply = dbus_connection_send_with_reply_and_block(bus, request, DBUS_TIMEOUT_USE_DEFAULT, NULL);
-    if (reply && dbus_message_get_args(reply, NULL, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID))
-        set_host(owner);
+    dbus_connection_send(bus, request, &owner_request);
     dbus_message_unref(request);
 }
 
