@@ -307,19 +307,20 @@ void FaultyApplication::registerAt(const std::string &path)
     m_registration = send(Message(registration(path)));
 }
 
-static DBusMessage *announcement(const std::string &path, dbus_uint32_t status, std::size_t padding)
+static DBusMessage *announcement(
+    const std::string &path, const std::string &address, dbus_uint32_t status, std::size_t padding)
 {
     DBusMessage *signal = dbus_message_new_signal(managerPath, objectManager, "InterfacesAdded");
     DBusMessageIter body;
     dbus_message_iter_init_append(signal, &body);
     appendText(&body, DBUS_TYPE_OBJECT_PATH, path);
-    appendInterfaces(&body, path, status, padding);
+    appendInterfaces(&body, address, status, padding);
     return signal;
 }
 
 void FaultyApplication::announce(const std::string &path, dbus_uint32_t status, std::size_t padding)
 {
-    send(Message(announcement(path, status, padding)));
+    send(Message(announcement(path, path, status, padding)));
 }
 
 static DBusMessage *bogusCall(std::size_t padding)
@@ -352,7 +353,7 @@ void FaultyApplication::sendLarge(const std::string &kind, std::size_t size)
             [](std::size_t padding) {
                 // An array, other than a message, has no room for more.
                 const std::size_t name = std::min(padding, 60 * mebibyte);
-                return announcement("/bad/" + std::string(padding - name + 1, 'x'), 3, name);
+                return announcement("/bad/" + std::string(padding - name + 1, 'x'), "large", 3, name);
             }},
         {"call", bogusCall},
         {"registration", [](std::size_t padding) { return registration(longPath(padding)); }},
