@@ -35,13 +35,11 @@ QDBusMessage BusInterface::answer(const QDBusMessage &call) const
             QStringLiteral("%1 has no method '%2'; %3")
                 .arg(m_name, method, BusReply::thereIs(m_description.methods.keys())));
     }
-    const QString reason = refusal(call);
-    if (!reason.isEmpty())
-        return call.createErrorReply(QDBusError::AccessDenied, reason);
     if (!takes(method, Signature::types(call.signature()))) {
         return call.createErrorReply(QDBusError::InvalidArgs,
             QStringLiteral("%1 takes '%2', not '%3'")
                 .arg(method, m_description.methods.value(method).join(QString()), call.signature()));
     }
-    return m_methods.value(method)(call);
+    const QString reason = refusal(call);
+    return reason.isEmpty() ? m_methods.value(method)(call) : call.createErrorReply(QDBusError::AccessDenied, reason);
 }

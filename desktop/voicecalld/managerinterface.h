@@ -19,6 +19,7 @@ public:
     QVariantMap properties() const override;
 
 private:
+    void tell(const QString &change, const QVariantList &arguments);
     QDBusMessage dial(const QDBusMessage &message) const;
     QString noSuchProvider(const QString &id) const;
 

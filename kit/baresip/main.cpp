@@ -4,6 +4,7 @@
 #include "baresipcontrol.h"
 #include "bridge.h"
 #include "options.h"
+#include "programs/log.h"
 #include "programs/unixsignals.h"
 
 #include <QtCore/QCoreApplication>
@@ -20,13 +21,13 @@ enum ExitCode { Success = 0, Failed = 1, WrongUsage = 2, NoBus = 3 };
 
 int complain(const QString &message, ExitCode code = Success)
 {
-    std::fprintf(stderr, "ringlet-baresip: %s\n", qPrintable(message));
+    Log::complain(message);
     return code;
 }
 
 void say(const QString &line)
 {
-    std::printf("%s\n", qPrintable(line));
+    std::printf("%s\n", qUtf8Printable(Log::line(line)));
     std::fflush(stdout);
 }
 
@@ -71,12 +72,13 @@ int run(const Options &options)
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
+    Log::begin(QStringLiteral("ringlet-baresip"));
     Options options;
     const QString fault = options.read(QCoreApplication::arguments());
     if (!fault.isEmpty())
         return complain(fault + QStringLiteral(" (--help shows what there is)"), WrongUsage);
     if (!options.answer.isEmpty()) {
-        say(options.answer);
+        std::puts(qUtf8Printable(options.answer));
         return Success;
     }
     if (!QDBusConnection::sessionBus().isConnected())

@@ -20,26 +20,26 @@ static AudioRoute readRoute(const QVariantList &arguments)
     return route;
 }
 
+// Of all interfaces: no two have a method of the same name.
 static const struct
 {
-    const QString &interface;
     const char *method;
     Handle handle;
 } commands[] = {
-    {callInterface, "Accept", [](CommandReceiver &receiver, const QVariantList &) { receiver.accept(); }},
-    {callInterface, "Reject",
+    {"Accept", [](CommandReceiver &receiver, const QVariantList &) { receiver.accept(); }},
+    {"Reject",
         [](CommandReceiver &receiver, const QVariantList &arguments) { receiver.reject(arguments.at(0).toUInt()); }},
-    {callInterface, "SetHold",
+    {"SetHold",
         [](CommandReceiver &receiver, const QVariantList &arguments) { receiver.setHold(arguments.at(0).toBool()); }},
-    {dtmfInterface, "SendDTMF",
+    {"SendDTMF",
         [](CommandReceiver &receiver, const QVariantList &arguments) {
             receiver.sendTones(arguments.at(0).toString());
         }},
-    {audioInterface, "UpdateAudioRouteState",
+    {"UpdateAudioRouteState",
         [](CommandReceiver &receiver, const QVariantList &arguments) {
             receiver.updateAudio(readDevices(arguments.at(0)), readRoute(arguments.mid(1)));
         }},
-    {audioInterface, "UpdateAudioRoute",
+    {"UpdateAudioRoute",
         [](CommandReceiver &receiver, const QVariantList &arguments) {
             receiver.updateAudioRoute(readRoute(arguments));
         }},
@@ -48,15 +48,16 @@ static const struct
 // A command may be the end of the call: when it has been handled, nothing of the call is touched.
 static BusInterface::Methods methodsOf(const QString &interface, CommandReceiver &receiver)
 {
+    const QStringList described = InterfaceDescription::of(interface).methods.keys();
     BusInterface::Methods methods;
     for (const auto &command : commands) {
-        if (command.interface != interface)
+        const QString method = QLatin1String(command.method);
+        if (!described.contains(method))
             continue;
-        methods.insert(
-            QLatin1String(command.method), [&receiver, handle = command.handle](const QDBusMessage &message) {
-                handle(receiver, message.arguments());
-                return message.createReply();
-            });
+        methods.insert(method, [&receiver, handle = command.handle](const QDBusMessage &message) {
+            handle(receiver, message.arguments());
+            return message.createReply();
+        });
     }
     return methods;
 }

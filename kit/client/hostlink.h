@@ -32,7 +32,7 @@ public:
     /** Unique name of the host, empty when there is none. */
     QString owner() const { return m_owner.value_or(QString()); }
 
-    /** From now on whoever there is may command, and not the host alone. */
+    /** Whether everybody may command, and not the host alone; at first not. */
     void setObeysAnyone(bool obeysAnyone) { m_obeysAnyone = obeysAnyone; }
     bool obeysAnyone() const { return m_obeysAnyone; }
 

@@ -12,6 +12,9 @@
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusSignature>
 #include <gmock/gmock.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -202,6 +205,7 @@ TEST_F(ServedTree, ACallerThatMayNotIsToldWhyAndStillHasItsQuestionsAnswered)
     EXPECT_EQ(call(rootPath, managerName, "Dial", {"a", "b"}).errorName(), errors + "AccessDenied");
     EXPECT_EQ(textOf(rootPath, managerName, "Dial", {"a", "b"}), "only on Sundays");
     EXPECT_EQ(call(rootPath, managerName, "Sing").errorName(), errors + "UnknownMethod");
+    EXPECT_EQ(call(rootPath, managerName, "Dial", {"a"}).errorName(), errors + "InvalidArgs");
     EXPECT_THAT(calls, IsEmpty());
     EXPECT_EQ(property("Get", "'org.tarnwickle.voicecall.Manager1', 'Providers'"), "(<7>,)");
 }
@@ -243,8 +247,19 @@ TEST_F(ServedTree, ACallThatWantsNoReplyGetsNone)
 
 // --- Values that the bus library cannot send
 
+// What the bus library has begun to write of a container when it comes to such a value, it loses, each time.
+// That is no leak of ours, and not to be reported while this lives.
+struct LeaksOfTheLibrary
+{
+#ifdef __SANITIZE_ADDRESS__
+    LeaksOfTheLibrary() { __lsan_disable(); }
+    ~LeaksOfTheLibrary() { __lsan_enable(); }
+#endif
+};
+
 TEST_F(ServedTree, AnAnswerThatCannotBeSentIsAnError)
 {
+    [[maybe_unused]] const LeaksOfTheLibrary expected;
     audio->values.insert("InputDevice", QVariant::fromValue(QDBusSignature("")));
     EXPECT_EQ(property("GetAll", "'org.tarnwickle.voicecall.Audio1'"), errors + "Failed");
     EXPECT_EQ(property("Get", "'org.tarnwickle.voicecall.Audio1', 'InputDevice'"), errors + "Failed");
@@ -255,6 +270,7 @@ TEST_F(ServedTree, AnAnswerThatCannotBeSentIsAnError)
 
 TEST_F(ServedTree, AChangeThatCannotBeSentIsToldByName)
 {
+    [[maybe_unused]] const LeaksOfTheLibrary expected;
     listen();
     emit audio->propertiesChanged({{"InputDevice", QVariant::fromValue(QDBusSignature(""))}});
     EXPECT_THAT(heard(),

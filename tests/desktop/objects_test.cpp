@@ -27,11 +27,6 @@ protected:
 
     void TearDown() override { EXPECT_EQ(host.end(), 0) << text(host.program().errorOutput()); }
 
-    std::string ask(const QString &interfaceAndMember, const QString &arguments = {})
-    {
-        return text(host.ask(HostProgram::root(), interfaceAndMember, arguments));
-    }
-
     std::string askStandard(const QString &interfaceAndMember, const QString &arguments = {})
     {
         return text(host.askStandard(HostProgram::root(), interfaceAndMember, arguments));

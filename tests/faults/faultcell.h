@@ -85,6 +85,8 @@ protected:
     /** How much larger than before the host may be at the end, in KiB. */
     int memoryBound = 4096;
 
+    /** Further options of the host, set before it is started. */
+    QStringList hostOptions;
     DesktopHost host;
     Program faulty;
     HonestApplication honest;

@@ -35,7 +35,7 @@ JUDGES = {
                   ["tests/soak/soak", "--registrations", "8", "--calls", "20", "--patience", "1"], {1}, ""),
     "durations": Judge(["callhandler_test"], ["tests/bus/callhandler_test", "--gtest_filter=CallDurationTest.*"],
                        {1}, "FAILED"),
-    "endtoend": Judge(["typicalcall_test"], ["tests/endtoend/typicalcall_test"], {1}, "has ended by itself"),
+    "endtoend": Judge(["typicalcall_test"], ["tests/endtoend/typicalcall_test"], {1}, "FAILED"),
 }
 
 

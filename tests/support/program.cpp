@@ -138,14 +138,15 @@ void Program::type(const QString &line)
     waitForBytesWritten();
 }
 
-// To process 0 it would go to this one and all of its group.
 void Program::signal(int number)
 {
-    // These end nothing.
+    // What comes too late has ended nothing; and to process 0 it would go to this one and all of its group.
+    if (hasEnded())
+        return;
+    // Nor have these.
     if (number != SIGSTOP && number != SIGCONT)
         m_signals.insert(number);
-    if (isRunning())
-        ::kill(pid_t(processId()), number);
+    ::kill(pid_t(processId()), number);
 }
 
 QStringList Program::lines()

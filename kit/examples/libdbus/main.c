@@ -1,60 +1,55 @@
 /* SPDX-FileCopyrightText: 2026 The Ringlet Authors
  * SPDX-License-Identifier: BSD-3-Clause
  *
- * One incoming call: ringlet-example-libdbus [ADDRESS [NAME [BUS-NAME-OF-THE-HOST]]]. Ctrl-C is the far end
- * hanging up.
- */
+ * One incoming call: ringlet-example-libdbus [ADDRESS [NAME [HOST-BUS-NAME]]]. Ctrl-C is the far end hanging up. */
 
 #include <dbus/dbus.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdbool.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/signalfd.h>
 
-#define MANAGER_PATH "/ringlet/example"
-#define CALL_PATH MANAGER_PATH "/call1"
 #define SERVICE_PATH "/zelkovar/call/service"
 #define CALL "zelkovar.Call.Call1"
 #define DTMF "zelkovar.Call.DTMF1"
 #define AUDIO "zelkovar.Call.AudioControl1"
 #define DAEMON "org.freedesktop.DBus"
 #define OBJECT_MANAGER "org.freedesktop.DBus.ObjectManager"
-#define COUNT(array) (sizeof(array) / sizeof *(array))
 
 enum { NOT_YET = 0, ENDED = 1, INCOMING = 3, ACTIVE = 5, HELD = 7 };
 
 static const char *address = "sip:caller@example.org", *name = "Caller", *host_name = "org.tarnwickle.voicecall";
+static const char *manager_path = "/ringlet/example", *call_path = "/ringlet/example/call1";
 static const char *const interfaces[] = {CALL, DTMF, AUDIO};
 static DBusConnection *bus;
 static char host[DBUS_MAXIMUM_NAME_LENGTH + 1]; /* the connection that has the host's name; empty if none has */
-static dbus_uint32_t registration; /* serial of the request */
-static dbus_uint32_t status = NOT_YET;
+static volatile sig_atomic_t is_interrupted;
+static dbus_uint32_t status = NOT_YET, owner_request, registration; /* the latter two are serials */
 
-static void send_message(DBusMessage *message)
+static bool send_message(DBusMessage *message)
 {
     dbus_connection_send(bus, message, NULL);
     dbus_message_unref(message);
+    return true;
 }
 
-/* --- What the host is told */
-
-static void send_status(void)
+static void change_status(dbus_uint32_t from, dbus_uint32_t to)
 {
-    DBusMessage *signal = dbus_message_new_signal(CALL_PATH, CALL, "StatusChanged");
-    dbus_message_append_args(signal, DBUS_TYPE_UINT32, &status, DBUS_TYPE_INVALID);
-    send_message(signal);
+    if (status == from) {
+        DBusMessage *signal = dbus_message_new_signal(call_path, CALL, "StatusChanged");
+        status = to;
+        dbus_message_append_args(signal, DBUS_TYPE_UINT32, &status, DBUS_TYPE_INVALID);
+        send_message(signal);
+    }
 }
 
-static void append_property(DBusMessageIter *properties, const char *property, int type, const void *value)
+static void append_property(DBusMessageIter *properties, const char *property, const char *type, const void *value)
 {
-    const char signature[] = {(char)type, '\0'};
     DBusMessageIter entry, variant;
     dbus_message_iter_open_container(properties, DBUS_TYPE_DICT_ENTRY, NULL, &entry);
     dbus_message_iter_append_basic(&entry, DBUS_TYPE_STRING, &property);
-    dbus_message_iter_open_container(&entry, DBUS_TYPE_VARIANT, signature, &variant);
-    dbus_message_iter_append_basic(&variant, type, value);
+    dbus_message_iter_open_container(&entry, DBUS_TYPE_VARIANT, type, &variant);
+    dbus_message_iter_append_basic(&variant, *type, value);
     dbus_message_iter_close_container(&entry, &variant);
     dbus_message_iter_close_container(properties, &entry);
 }
@@ -63,20 +58,19 @@ static void append_property(DBusMessageIter *properties, const char *property, i
 static void append_call(DBusMessageIter *to)
 {
     const dbus_bool_t yes = TRUE;
-    const char *path = CALL_PATH;
     DBusMessageIter dictionary, entry, properties;
-    dbus_message_iter_append_basic(to, DBUS_TYPE_OBJECT_PATH, &path);
+    dbus_message_iter_append_basic(to, DBUS_TYPE_OBJECT_PATH, &call_path);
     dbus_message_iter_open_container(to, DBUS_TYPE_ARRAY, "{sa{sv}}", &dictionary);
-    for (size_t i = 0; i < COUNT(interfaces); ++i) {
+    for (int i = 0; i < 3; ++i) {
         dbus_message_iter_open_container(&dictionary, DBUS_TYPE_DICT_ENTRY, NULL, &entry);
         dbus_message_iter_append_basic(&entry, DBUS_TYPE_STRING, &interfaces[i]);
         dbus_message_iter_open_container(&entry, DBUS_TYPE_ARRAY, "{sv}", &properties);
         if (i == 0) {
-            append_property(&properties, "Incoming", DBUS_TYPE_BOOLEAN, &yes);
-            append_property(&properties, "Status", DBUS_TYPE_UINT32, &status);
-            append_property(&properties, "Holdable", DBUS_TYPE_BOOLEAN, &yes);
-            append_property(&properties, "RemoteName", DBUS_TYPE_STRING, &name);
-            append_property(&properties, "Uri", DBUS_TYPE_STRING, &address);
+            append_property(&properties, "Incoming", DBUS_TYPE_BOOLEAN_AS_STRING, &yes);
+            append_property(&properties, "Status", DBUS_TYPE_UINT32_AS_STRING, &status);
+            append_property(&properties, "Holdable", DBUS_TYPE_BOOLEAN_AS_STRING, &yes);
+            append_property(&properties, "RemoteName", DBUS_TYPE_STRING_AS_STRING, &name);
+            append_property(&properties, "Uri", DBUS_TYPE_STRING_AS_STRING, &address);
         }
         dbus_message_iter_close_container(&entry, &properties);
         dbus_message_iter_close_container(&dictionary, &entry);
@@ -101,7 +95,7 @@ static void answer_managed_objects(DBusMessage *request)
 
 static void ring(void)
 {
-    DBusMessage *signal = dbus_message_new_signal(MANAGER_PATH, OBJECT_MANAGER, "InterfacesAdded");
+    DBusMessage *signal = dbus_message_new_signal(manager_path, OBJECT_MANAGER, "InterfacesAdded");
     DBusMessageIter arguments;
     status = INCOMING;
     dbus_message_iter_init_append(signal, &arguments);
@@ -112,25 +106,13 @@ static void ring(void)
 /* The final status goes first: behind the removal nobody listens. */
 static void end_call(void)
 {
-    const char *path = CALL_PATH;
     const char *const *names = interfaces;
-    DBusMessage *signal = dbus_message_new_signal(MANAGER_PATH, OBJECT_MANAGER, "InterfacesRemoved");
-    status = ENDED;
-    send_status();
-    dbus_message_append_args(signal, DBUS_TYPE_OBJECT_PATH, &path, DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &names,
-        (int)COUNT(interfaces), DBUS_TYPE_INVALID);
+    DBusMessage *signal = dbus_message_new_signal(manager_path, OBJECT_MANAGER, "InterfacesRemoved");
+    change_status(status, ENDED);
+    dbus_message_append_args(
+        signal, DBUS_TYPE_OBJECT_PATH, &call_path, DBUS_TYPE_ARRAY, DBUS_TYPE_STRING, &names, 3, DBUS_TYPE_INVALID);
     send_message(signal);
 }
-
-static void change_status(dbus_uint32_t from, dbus_uint32_t to)
-{
-    if (status == from) {
-        status = to;
-        send_status();
-    }
-}
-
-/* --- What the host commands. `value` is as wide as the argument's type. */
 
 static void read_next(DBusMessageIter *from, void *value)
 {
@@ -146,7 +128,6 @@ static void print_text(DBusMessageIter *arguments)
 }
 
 static void accept_call(DBusMessageIter *arguments) { change_status(INCOMING, ACTIVE); }
-
 static void reject_call(DBusMessageIter *arguments) { end_call(); }
 
 static void set_hold(DBusMessageIter *arguments)
@@ -182,7 +163,7 @@ static const struct
 {
     const char *interface, *method, *signature;
     void (*obey)(DBusMessageIter *arguments);
-} commands[] = {
+} commands[6] = {
     {CALL, "Accept", "", accept_call},
     {CALL, "Reject", "u", reject_call},
     {CALL, "SetHold", "b", set_hold},
@@ -194,36 +175,29 @@ static const struct
 /* Whether there is such a command. Anybody on the bus can send one; only the host is obeyed. */
 static bool take_command(DBusMessage *request)
 {
+    int i = 0;
     DBusMessageIter arguments;
-    size_t i = 0;
-    while (i < COUNT(commands) && !dbus_message_is_method_call(request, commands[i].interface, commands[i].method))
+    while (i < 6 && !dbus_message_is_method_call(request, commands[i].interface, commands[i].method))
         ++i;
-    if (i == COUNT(commands) || status <= ENDED || !dbus_message_has_path(request, CALL_PATH))
+    if (i == 6 || status <= ENDED || !dbus_message_has_path(request, call_path))
         return false;
-    if (!dbus_message_has_sender(request, host)) {
-        send_message(dbus_message_new_error(request, DBUS_ERROR_ACCESS_DENIED, "only the host commands calls"));
-    } else if (!dbus_message_has_signature(request, commands[i].signature)) {
-        send_message(dbus_message_new_error(request, DBUS_ERROR_INVALID_ARGS, "arguments of other types"));
-    } else {
-        printf("%s", commands[i].method);
-        dbus_message_iter_init(request, &arguments);
-        commands[i].obey(&arguments);
-        putchar('\n');
-        send_message(dbus_message_new_method_return(request));
-    }
-    return true;
+    if (!dbus_message_has_sender(request, host))
+        return send_message(dbus_message_new_error(request, DBUS_ERROR_ACCESS_DENIED, "only the host commands calls"));
+    if (!dbus_message_has_signature(request, commands[i].signature))
+        return send_message(dbus_message_new_error(request, DBUS_ERROR_INVALID_ARGS, "arguments of other types"));
+    printf("%s", commands[i].method);
+    dbus_message_iter_init(request, &arguments);
+    commands[i].obey(&arguments);
+    putchar('\n');
+    return send_message(dbus_message_new_method_return(request));
 }
-
-/* --- The host */
 
 static void set_host(const char *owner)
 {
-    const char *path = MANAGER_PATH;
-    DBusMessage *request;
-    snprintf(host, sizeof host, "%s", owner);
-    if (*host) {
-        request = dbus_message_new_method_call(host, SERVICE_PATH, "zelkovar.Call.Service1", "RegisterCallManager");
-        dbus_message_append_args(request, DBUS_TYPE_OBJECT_PATH, &path, DBUS_TYPE_INVALID);
+    if (snprintf(host, sizeof host, "%s", owner) > 0) {
+        DBusMessage *request
+            = dbus_message_new_method_call(host, SERVICE_PATH, "zelkovar.Call.Service1", "RegisterCallManager");
+        dbus_message_append_args(request, DBUS_TYPE_OBJECT_PATH, &manager_path, DBUS_TYPE_INVALID);
         dbus_connection_send(bus, request, &registration);
         dbus_message_unref(request);
     }
@@ -253,39 +227,37 @@ static void on_shown(DBusMessage *signal)
     dbus_message_iter_init(signal, &arguments);
     read_next(&arguments, &application);
     read_next(&arguments, &path);
-    if (status <= ENDED || strcmp(application, dbus_bus_get_unique_name(bus)) != 0 || strcmp(path, CALL_PATH) != 0
+    if (status <= ENDED || strcmp(application, dbus_bus_get_unique_name(bus)) != 0 || strcmp(path, call_path) != 0
         || !find_value(&arguments, CALL, &properties) || !find_value(&properties, "Status", &variant))
         return;
     dbus_message_iter_recurse(&variant, &value);
     if (dbus_message_iter_get_arg_type(&value) == DBUS_TYPE_UINT32)
         dbus_message_iter_get_basic(&value, &shown);
     if (shown != status)
-        send_status();
-}
-
-static void on_owner_changed(DBusMessage *signal)
-{
-    const char *changed, *before, *owner;
-    if (dbus_message_get_args(signal, NULL, DBUS_TYPE_STRING, &changed, DBUS_TYPE_STRING, &before, DBUS_TYPE_STRING,
-            &owner, DBUS_TYPE_INVALID))
-        set_host(owner);
+        change_status(status, status);
 }
 
 /* Only when it is registered may the call be announced. Before, it would be reported twice: by its announcement,
  * and in the answer to GetManagedObjects. A call that is up already is told by that answer. */
 static DBusHandlerResult on_message(DBusConnection *connection, DBusMessage *message, void *data)
 {
+    const char *text, *owner;
+    bool is_reply = dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN; /* and no error */
     bool is_from_host = dbus_message_has_sender(message, host), is_from_bus = dbus_message_has_sender(message, DAEMON);
-    if (is_from_bus && dbus_message_is_signal(message, DAEMON, "NameOwnerChanged"))
-        on_owner_changed(message);
-    else if (is_from_host && dbus_message_get_reply_serial(message) == registration && status == NOT_YET
-        && dbus_message_get_type(message) == DBUS_MESSAGE_TYPE_METHOD_RETURN)
+    if (is_from_bus && dbus_message_is_signal(message, DAEMON, "NameOwnerChanged")
+        && dbus_message_get_args(message, NULL, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING,
+            &owner, DBUS_TYPE_INVALID))
+        set_host(owner);
+    else if (is_from_bus && is_reply && dbus_message_get_reply_serial(message) == owner_request
+        && dbus_message_get_args(message, NULL, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID))
+        set_host(owner);
+    else if (is_from_host && is_reply && dbus_message_get_reply_serial(message) == registration && status == NOT_YET)
         ring();
     else if (is_from_host && dbus_message_is_signal(message, "zelkovar.Call.ServiceManager1", "InterfacesAdded")
         && dbus_message_has_signature(message, "soa{sa{sv}}"))
         on_shown(message);
     else if (dbus_message_is_method_call(message, OBJECT_MANAGER, "GetManagedObjects")
-        && dbus_message_has_path(message, MANAGER_PATH))
+        && dbus_message_has_path(message, manager_path))
         answer_managed_objects(message);
     else if (!take_command(message))
         return DBUS_HANDLER_RESULT_NOT_YET_HANDLED; /* a method call is answered with an error then */
@@ -294,53 +266,33 @@ static DBusHandlerResult on_message(DBusConnection *connection, DBusMessage *mes
 
 static void follow_host(void)
 {
-    DBusMessage *request = dbus_message_new_method_call(DAEMON, DBUS_PATH_DBUS, DAEMON, "GetNameOwner"), *reply;
-    const char *owner;
+    DBusMessage *request = dbus_message_new_method_call(DAEMON, DBUS_PATH_DBUS, DAEMON, "GetNameOwner");
     char rule[512];
     snprintf(rule, sizeof rule, "sender='" DAEMON "',member='NameOwnerChanged',arg0='%s'", host_name);
     dbus_bus_add_match(bus, rule, NULL);
     dbus_bus_add_match(bus, "path='" SERVICE_PATH "',member='InterfacesAdded'", NULL);
     dbus_message_append_args(request, DBUS_TYPE_STRING, &host_name, DBUS_TYPE_INVALID);
-    reply = dbus_connection_send_with_reply_and_block(bus, request, DBUS_TIMEOUT_USE_DEFAULT, NULL);
-    if (reply && dbus_message_get_args(reply, NULL, DBUS_TYPE_STRING, &owner, DBUS_TYPE_INVALID))
-        set_host(owner);
+    dbus_connection_send(bus, request, &owner_request);
     dbus_message_unref(request);
 }
 
-/* --- The program */
-
-static void run_until_interrupted(void)
-{
-    struct pollfd sources[2] = {{.events = POLLIN}, {.events = POLLIN}};
-    sigset_t interrupt;
-    sigemptyset(&interrupt);
-    sigaddset(&interrupt, SIGINT);
-    sigprocmask(SIG_BLOCK, &interrupt, NULL);
-    sources[0].fd = signalfd(-1, &interrupt, SFD_CLOEXEC);
-    dbus_connection_get_unix_fd(bus, &sources[1].fd);
-    while (!sources[0].revents) {
-        while (dbus_connection_dispatch(bus) == DBUS_DISPATCH_DATA_REMAINS) { }
-        dbus_connection_flush(bus);
-        poll(sources, 2, -1);
-        dbus_connection_read_write(bus, 0);
-    }
-}
+static void on_interrupt(int signal) { is_interrupted = true; }
 
 int main(int argc, char *argv[])
 {
-    DBusError error = DBUS_ERROR_INIT;
     address = argc > 1 ? argv[1] : address;
     name = argc > 2 ? argv[2] : name;
     host_name = argc > 3 ? argv[3] : host_name;
     setvbuf(stdout, NULL, _IOLBF, 0);
-    bus = dbus_bus_get(DBUS_BUS_SESSION, &error); /* which ends the program when the bus goes */
-    if (!bus) {
-        fprintf(stderr, "%s\n", error.message);
+    bus = dbus_bus_get(DBUS_BUS_SESSION, NULL); /* which ends the program when the bus goes */
+    if (!bus || !dbus_connection_add_filter(bus, on_message, NULL, NULL)) {
+        fputs("there is no session bus\n", stderr);
         return 1;
     }
-    dbus_connection_add_filter(bus, on_message, NULL, NULL);
     follow_host();
-    run_until_interrupted();
+    signal(SIGINT, on_interrupt);
+    while (!is_interrupted)
+        dbus_connection_read_write_dispatch(bus, 100 /* milliseconds */);
     if (status > ENDED)
         end_call();
     dbus_connection_flush(bus);

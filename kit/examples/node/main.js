@@ -124,14 +124,16 @@ function onMessage({ type, sender, member, signature, body }) {
     onShown(body);
 }
 
+// Ends when all is written.
 function leave() {
   endCall();
-  bus._connection.once('end', () => process.exit(0)); // when all is written
+  process.exitCode = 0;
   bus.disconnect();
 }
 
 bus.once('connect', async () => {
-  bus._connection.on('end', () => process.exit(1)); // the library does not tell that the bus has gone
+  process.exitCode = 1; // unless it is leave() that hangs up; the library does not tell when the bus does
+  bus._connection.on('end', () => process.exit());
   process.on('SIGINT', leave);
   bus.addMethodHandler(answer);
   bus.on('message', onMessage);

@@ -227,7 +227,10 @@ fn main() -> std::result::Result<(), Box<dyn std::error::Error>> {
         if sources[1].any() == Some(true) {
             break;
         }
-        let message = example.bus.receive_message()?; // an error when the bus has gone
+        if sources[0].revents().map_or(false, |events| events.contains(PollFlags::POLLHUP)) {
+            return Err("the session bus has gone".into()); // zbus would read the end for ever
+        }
+        let message = example.bus.receive_message()?;
         if let Err(error) = example.on_message(&message) {
             eprintln!("{}", error);
         }
