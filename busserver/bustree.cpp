@@ -7,6 +7,7 @@
 #include "busreply.h"
 #include "introspectableinterface.h"
 #include "objectmanagerinterface.h"
+#include "unreadmessages.h"
 
 #include <QtCore/QSet>
 #include <QtDBus/QDBusError>
@@ -30,6 +31,8 @@ BusTree::~BusTree()
 
 bool BusTree::publish()
 {
+    // Whoever has objects is called by everybody.
+    UnreadMessages::allowAny(m_connection);
     m_isPublished = m_connection.registerVirtualObject(m_root->path(), this, QDBusConnection::SubPath);
     return m_isPublished;
 }

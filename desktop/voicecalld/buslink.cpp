@@ -13,13 +13,6 @@
 
 static std::atomic<int> largestMessage{DBUS_MAXIMUM_MESSAGE_LENGTH};
 
-void BusLink::readWithoutLimit(const QDBusConnection &connection)
-{
-    auto *link = static_cast<DBusConnection *>(connection.internalPointer());
-    dbus_connection_set_max_received_size(link, LONG_MAX);
-    dbus_connection_set_max_received_unix_fds(link, LONG_MAX);
-}
-
 void BusLink::setLargestMessage(int bytes) { largestMessage = bytes == 0 ? DBUS_MAXIMUM_MESSAGE_LENGTH : bytes; }
 
 // Neither Qt nor libdbus lets anybody see a message before it is sent, or asks whether the daemon will take it.

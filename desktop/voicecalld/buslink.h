@@ -4,23 +4,10 @@
 #ifndef VOICECALLD_BUSLINK_H
 #define VOICECALLD_BUSLINK_H
 
-#include <QtDBus/QDBusConnection>
-
 /**
- * What has to be set right between Qt's bus layer and libdbus, on which it stands, for a connection to
- * outlive whatever other programs send.
+ * What has to stand between Qt's bus layer and libdbus for a connection to outlive what this program says.
  */
 namespace BusLink {
-
-/**
- * Lets the connection read whatever is not handled yet; to be called as soon as it stands.
- *
- * libdbus stops reading when messages of 63 MiB, or with 4096 descriptors, have been read and not been freed,
- * and goes on when they are. Qt frees messages in other threads than the one that reads, where reading cannot
- * be switched on again: after the first such moment, the connection would never hear anything any more, and
- * nobody would be told.
- */
-void readWithoutLimit(const QDBusConnection &connection);
 
 /**
  * The bus daemon cuts off whoever sends a message that is larger than it lets through. From now on such a

@@ -8,6 +8,7 @@
 #include "audiorouting.h"
 #include "buslink.h"
 #include "busserver/bustree.h"
+#include "busserver/unreadmessages.h"
 #include "callpublisher.h"
 #include "managerinterface.h"
 #include "pluginset.h"
@@ -40,7 +41,7 @@ Daemon::Daemon(const Options &options)
     BusLink::setLargestMessage(m_options.bounds.largestMessage);
     for (const QDBusConnection &bus : {m_bus, m_questionBus}) {
         if (bus.isConnected())
-            BusLink::readWithoutLimit(bus);
+            UnreadMessages::allowAny(bus);
     }
     connect(&m_hearing, &HearingCheck::isDeaf, this, [] {
         fail(QStringLiteral("the bus daemon answers others, but nothing arrives here any more"));

@@ -97,6 +97,17 @@ TEST_F(Strangers, AnAudioStateKeepsNothingOfItsMessage)
     close(ends[0]);
 }
 
+// --- Sizes
+
+TEST_F(Strangers, DoNotDeafenAnApplication)
+{
+    bringUp();
+    const QString tones(64 * 1024 * 1024 - 1024, '1');
+    EXPECT_EQ(command("DTMF1", "SendDTMF", '\'' + tones + '\''), denied);
+    EXPECT_EQ(ClientTest::command(call->path(), "Call1", "Accept", {}), QString());
+    EXPECT_THAT(received, ElementsAre("Accept"));
+}
+
 // --- Who may command
 
 TEST_F(Strangers, CannotCommandACall)
