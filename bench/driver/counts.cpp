@@ -194,7 +194,7 @@ double countDeparture(Counted &counted, int registrations)
 // A line of a trace that nobody wants.
 double countTrace(Counted &counted, int)
 {
-    constexpr int lines = 10000;
+    constexpr int lines = 100000;
     const double count = counted.count(1, [&] {
         counted.receiver.request(Command::Trace, lines);
         counted.receiver.next(EventKind::Done);

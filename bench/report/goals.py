@@ -86,7 +86,7 @@ def rounds_of(results, name, size, who="plug-in"):
     return f"{len(counts)} × {fewest}" + (f" to {most}" if most > fewest else "")
 
 
-def ratio_goal(results, row, what, floor, limit, statistic=statistics.median):
+def ratio_goal(results, row, what, floor, limit, statistic=statistics.median, digits=2):
     """A goal of a row of everybody's."""
     name, size = row
     unit = results.units[name]
@@ -94,7 +94,8 @@ def ratio_goal(results, row, what, floor, limit, statistic=statistics.median):
     plugin, below = (statistics.median([value for value in results.each_round(name, size, who, statistic)
                                         if value is not None]) for who in ("plug-in", floor))
     return Goal(row, what.format(f"{size:,}"), amount(plugin, unit), f"{amount(below, unit)} ({floor})",
-                f"{ratio.middle:.2f} × ({ratio.low:.2f} to {ratio.high:.2f})", f"≤ {limit:.2f} ×" if limit else "-",
+                f"{ratio.middle:.{digits}f} × ({ratio.low:.{digits}f} to {ratio.high:.{digits}f})",
+                f"≤ {limit:.2f} ×" if limit else "-",
                 ratio.verdict(limit) if limit else "-", rounds_of(results, name, size))
 
 
@@ -174,7 +175,7 @@ def by_instructions(results):
     """Every path against the floor that sends the same."""
     for (name, size), what in counted_paths(results):
         if results.has(name, size, "bare, sending"):
-            yield ratio_goal(results, (name, size), what, "bare, sending", INSTRUCTION_LIMIT)
+            yield ratio_goal(results, (name, size), what, "bare, sending", INSTRUCTION_LIMIT, digits=3)
 
 
 def time_goals(results):
