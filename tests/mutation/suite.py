@@ -169,9 +169,10 @@ def measure(runner, test, build):
 
 
 def is_noticed(runner, test, number):
-    """Whether a failure is the mutant's doing: without it the test passes; if it is always there, it fails again."""
-    again = runner.run(test, limit=limit_of(test))[0]
-    return (again == "passed") == bool(number)
+    """Whether a failure is the mutant's doing: without it the test passes, and with it it fails again."""
+    limit = limit_of(test)
+    return (not number or runner.run(test, limit=limit)[0] == "passed") \
+        and runner.run(test, number, limit=limit)[0] != "passed"
 
 
 def try_mutant(runner, tests, number):
