@@ -131,6 +131,14 @@ private:
         onlooker.print("== " + name);
     }
 
+    // Something goes by this, and is deleted before anything else can come in between.
+    template <typename Condition>
+    void waitUntil(Condition condition)
+    {
+        waitFor(condition);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
     void begin()
     {
         step("begin");
@@ -172,6 +180,7 @@ private:
         application.settle();
         close(descriptor);
         application.withdraw("/m", "/m/v", {"zelkovar.Call.Call1"});
+        waitUntil([&] { return host.calls.isEmpty(); });
     }
 
     void statuses()
@@ -279,7 +288,10 @@ private:
         application.withdraw("/m", "/m/unknown", {"zelkovar.Call.Call1"});
         application.withdraw("/m", "/m/later", {"zelkovar.Call.DTMF1", "test.Other"});
         application.withdraw("/m", "/m/later", {});
+        application.settle();
+        const int before = host.calls.size();
         application.withdraw("/m", "/m/c2", {"zelkovar.Call.DTMF1", "zelkovar.Call.Call1"});
+        waitUntil([&] { return host.calls.size() < before; });
         early.announce("/m", "/m/stranger", "{'zelkovar.Call.Call1': {}}");
         early.settle();
     }
@@ -298,14 +310,14 @@ private:
         late.registerCallManager("/j");
         late.settle();
         late.leave();
-        waitFor([&] { return host.providers.size() == 3; });
+        waitUntil([&] { return host.providers.size() == 3; });
     }
 
     void end()
     {
         step("end");
         application.leave();
-        waitFor([&] { return host.providers.isEmpty(); });
+        waitUntil([&] { return host.providers.isEmpty(); });
         early.settle();
         factory->finalize();
         onlooker.print("== destroyed");

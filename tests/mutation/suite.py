@@ -8,6 +8,7 @@ import dataclasses
 import json
 import os
 import pathlib
+import re
 import resource
 import shutil
 import signal
@@ -132,9 +133,11 @@ def tests_of(build, tree, folders):
     """The tests of the build in these folders; of each those whose names match its pattern."""
     tests = []
     for folder, pattern in folders.items():
-        listing = subprocess.run(["ctest", "--show-only=json-v1", "-R", pattern], cwd=build / folder, check=True,
+        listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build / folder, check=True,
                                  stdout=subprocess.PIPE).stdout
         for entry in json.loads(listing)["tests"]:
+            if not re.search(pattern, entry["name"]):
+                continue
             properties = {item["name"]: item["value"] for item in entry["properties"]}
             if "command" not in entry:
                 raise RuntimeError(f"{entry['name']} is not built")
@@ -166,9 +169,10 @@ def measure(runner, test, build):
 
 
 def is_noticed(runner, test, number):
-    """Whether a failure is the mutant's doing: without it the test passes; if it is always there, it fails again."""
-    again = runner.run(test, limit=limit_of(test))[0]
-    return (again == "passed") == bool(number)
+    """Whether a failure is the mutant's doing: without it the test passes, and with it it fails again."""
+    limit = limit_of(test)
+    return (not number or runner.run(test, limit=limit)[0] == "passed") \
+        and runner.run(test, number, limit=limit)[0] != "passed"
 
 
 def try_mutant(runner, tests, number):
