@@ -5,6 +5,7 @@
 #include "commandtable.h"
 #include "failure.h"
 #include "output.h"
+#include "programs/log.h"
 #include "programs/printabletext.h"
 
 #include <QtCore/QCoreApplication>
@@ -32,6 +33,7 @@ static int run(const QStringList &arguments)
 
 int main(int argc, char *argv[])
 {
+    Log::begin(QStringLiteral("callctl"));
     QCoreApplication application(argc, argv);
     // In and out it is UTF-8; how wide characters are must not hang on the user's locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -41,7 +43,7 @@ int main(int argc, char *argv[])
             arguments.append(QString::fromUtf8(argv[i]));
         return run(arguments);
     } catch (const Failure &failure) {
-        std::fprintf(stderr, "callctl: %s\n", qUtf8Printable(PrintableText::printable(failure.reason())));
+        Log::complain(PrintableText::printable(failure.reason()));
         return int(failure.code());
     }
 }

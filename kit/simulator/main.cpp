@@ -3,6 +3,7 @@
 
 #include "commandinterpreter.h"
 #include "options.h"
+#include "programs/log.h"
 #include "programs/unixsignals.h"
 #include "scriptrunner.h"
 #include "standardinput.h"
@@ -10,17 +11,14 @@
 
 #include <QtCore/QCoreApplication>
 #include <csignal>
-#include <cstdio>
 
 namespace {
 
 enum ExitCode { Success = 0, Failed = 1, WrongUsage = 2, NoBus = 3 };
 
-void complain(const QString &message) { std::fprintf(stderr, "ringlet-sim: %s\n", qPrintable(message)); }
-
 int complain(const QString &message, ExitCode code)
 {
-    complain(message);
+    Log::complain(message);
     return code;
 }
 
@@ -28,12 +26,12 @@ void obey(CommandInterpreter &interpreter, const QString &line)
 {
     QStringList words;
     if (!splitWords(line, &words))
-        return complain(QStringLiteral("a quote is not closed"));
+        return Log::complain(QStringLiteral("a quote is not closed"));
     if (words.isEmpty())
         return;
     const QString error = interpreter.execute(words);
     if (!error.isEmpty())
-        complain(error);
+        Log::complain(error);
 }
 
 // Everything that drives the applications; returns when they are to end.
@@ -80,6 +78,7 @@ int run(const Options &options, const Script &script, Simulation &simulation, Ev
 int main(int argc, char *argv[])
 {
     QCoreApplication qtApplication(argc, argv);
+    Log::begin(QStringLiteral("ringlet-sim"));
     Options options;
     const QString fault = options.read(QCoreApplication::arguments());
     if (!fault.isEmpty())
@@ -94,7 +93,9 @@ int main(int argc, char *argv[])
         return complain(scriptFault, WrongUsage);
 
     EventLog events;
-    Simulation simulation(options.host, events);
+    const auto commanders
+        = options.obeysAnyone ? Ringlet::CallManager::Commanders::Anyone : Ringlet::CallManager::Commanders::Host;
+    Simulation simulation(options.host, commanders, events);
     const QString busFault = simulation.addApplication({}, options.managers);
     if (!busFault.isEmpty())
         return complain(busFault, NoBus);

@@ -439,6 +439,7 @@ TEST(WatchWithoutABus, EndsWithAnErrorWhenTheBusGoes)
     Program watch;
     ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}, environment));
     ASSERT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+    host.setMayEnd();
     bus.daemon().signal(SIGKILL);
     EXPECT_EQ(watch.waitForExit(), 3);
     EXPECT_EQ(text(watch.errorOutput()), "callctl: the session bus is gone\n");

@@ -9,7 +9,8 @@ import re
 from sources import files
 
 # A room may include its own headers, and those of these others.
-ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "desktop": {"platform", "programs"}, "kit": {"programs"},
+ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "busserver": set(),
+         "desktop": {"platform", "programs", "busserver"}, "kit": {"programs", "busserver"},
          "bench": {"platform", "src"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
@@ -70,7 +71,7 @@ def allowed(source, target):
         return True
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
-        return other in ROOMS[room]
+        return other in ROOMS[room] and own != INTERFACE
     if room == "kit":
         return target == INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]

@@ -22,7 +22,8 @@ GOOD = {
     "platform/voicecall/host.h": "#include <QtCore/QObject>\n",
     "desktop/voicecalld/host.cpp": "#include <host.h>\n",
     "kit/client/RingletClient/call.h": "#include <RingletClient/call.h>\n",
-    "kit/client/callobject.h": "#include <RingletClient/call.h>\n",
+    "kit/client/callobject.h": '#include <RingletClient/call.h>\n#include "busserver/tree.h"\n',
+    "busserver/tree.h": "#include <QtCore/QObject>\n",
     "kit/examples/phone/main.cpp": '#include "programs/stop.h"\n#include <RingletClient/call.h>\n',
     "kit/simulator/simulator.h": "",
     "kit/simulator/simulator.cpp": '#include "simulator.h"\n#include "callserviceadaptor.h"\n',
@@ -73,6 +74,13 @@ class CheckerTest(unittest.TestCase):
 
     def test_folder_of_unknown_layer_is_reported(self):
         self.assert_only_violation("src/misc/bad.cpp", "<QtCore/QObject>")
+
+    def test_bus_server_may_include_nothing_else(self):
+        self.assert_only_violation("busserver/bad.h", "<host.h>")
+        self.assert_only_violation("busserver/bad.cpp", '"kit/simulator/simulator.h"')
+
+    def test_client_headers_may_not_include_the_bus_server(self):
+        self.assert_only_violation("kit/client/RingletClient/bad.h", '"busserver/tree.h"')
 
     def test_desktop_may_not_include_plugin_or_kit(self):
         self.assert_only_violation("desktop/voicecalld/bad.cpp", '"common/trace.h"')
