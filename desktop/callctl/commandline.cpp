@@ -5,57 +5,57 @@
 
 #include "failure.h"
 
-#include <QtCore/QHash>
+static double secondsOf(const QString &text)
+{
+    bool isNumber = false;
+    const double seconds = text.toDouble(&isNumber);
+    // Beyond a million a timer no longer counts, and nobody waits.
+    if (!isNumber || !(seconds >= 0 && seconds <= 1e6)) {
+        throw Failure(ExitCode::WrongCommandLine,
+            QStringLiteral("--timeout takes a number of seconds from 0 to 1000000, not '%1'").arg(text));
+    }
+    return seconds;
+}
+
+// An option that takes no value; whether there is such a one.
+static bool takeFlag(const QString &option, CommandLine *line)
+{
+    static const QStringList ofCommands
+        = {QStringLiteral("--json"), QStringLiteral("--force"), QStringLiteral("--all")};
+    if (option == QLatin1String("--help") || option == QLatin1String("-h"))
+        line->help = true;
+    else if (option == QLatin1String("--version"))
+        line->version = true;
+    else if (ofCommands.contains(option))
+        line->options.append(option);
+    else
+        return false;
+    return true;
+}
 
 CommandLine CommandLine::read(const QStringList &arguments)
 {
-    static const QHash<QString, bool CommandLine::*> options = {
-        {QStringLiteral("--json"), &CommandLine::json},
-        {QStringLiteral("--help"), &CommandLine::help},
-        {QStringLiteral("-h"), &CommandLine::help},
-        {QStringLiteral("--version"), &CommandLine::version},
-    };
     CommandLine line;
     QStringList words;
-    bool optionsEnded = false;
-    for (const QString &argument : arguments) {
-        if (optionsEnded || !argument.startsWith(QLatin1Char('-'))) {
-            words.append(argument);
-        } else if (argument == QLatin1String("--")) {
-            optionsEnded = true;
-        } else if (options.contains(argument)) {
-            line.*options.value(argument) = true;
-        } else {
+    QStringList rest = arguments;
+    while (!rest.isEmpty()) {
+        const QString word = rest.takeFirst();
+        if (!word.startsWith(QLatin1Char('-'))) {
+            words.append(word);
+        } else if (word == QLatin1String("--")) {
+            words += rest;
+            break;
+        } else if (word == QLatin1String("--timeout")) {
+            line.options.append(word);
+            line.timeout = secondsOf(rest.isEmpty() ? QString() : rest.takeFirst());
+        } else if (!takeFlag(word, &line)) {
             throw Failure(ExitCode::WrongCommandLine,
-                QStringLiteral("there is no option '%1'; there are --json, --help and --version").arg(argument));
+                QStringLiteral("there is no option '%1'; there are --json, --force, --all, --timeout, --help and"
+                               " --version")
+                    .arg(word));
         }
     }
     line.command = words.value(0);
     line.arguments = words.mid(1);
     return line;
-}
-
-QString CommandLine::helpText()
-{
-    return QStringLiteral(R"(Usage: callctl COMMAND [ARGUMENT]...
-Shows and drives the calls of the desktop host, voicecalld.
-
-  calls, providers, devices   list them; with --json for programs
-  answer [ID]                 answer a call
-  hangup [ID]                 end a call, or reject it while it rings
-  hold [ID] on|off            hold a call, or take it back
-  dtmf [ID] TONES             send tones: 0-9 * # A-D
-  dial PROVIDER NUMBER        start a call
-  mute on|off                 mute the microphone, or open it
-  input ID, output ID         select an audio device
-  watch                       show calls and audio as they change, until Ctrl-C:
-                              a table on a terminal, otherwise a line per change
-  --json, --help, --version
-
-A call's ID may be left out when there is only one call.
-
-Exit codes: 0 done, 1 the host refused, or the output cannot be written, 2 wrong
-command line, 3 no session bus, or voicecalld is not running or does not answer,
-4 no such call, or none named where there are several.
-)");
 }

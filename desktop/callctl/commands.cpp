@@ -4,9 +4,12 @@
 #include "commands.h"
 
 #include "audioproxy.h"
+#include "callchoice.h"
 #include "callproxy.h"
 #include "commandline.h"
+#include "condition.h"
 #include "failure.h"
+#include "hostaccess.h"
 #include "hostmonitor.h"
 #include "json.h"
 #include "managerproxy.h"
@@ -14,88 +17,55 @@
 #include "views.h"
 #include "watch.h"
 
-#include <QtCore/QEventLoop>
+#include <algorithm>
 #include <memory>
-
-static QDBusConnection sessionBus()
-{
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        throw Failure(ExitCode::NoHost, QStringLiteral("no session bus: %1").arg(bus.lastError().message()));
-    return bus;
-}
-
-static HostState hostState()
-{
-    HostMonitor monitor(sessionBus());
-    QEventLoop loop;
-    QString failure;
-    const auto fail = [&](const QString &reason) {
-        failure = reason;
-        loop.quit();
-    };
-    QObject::connect(&monitor, &HostMonitor::ready, &loop, &QEventLoop::quit);
-    QObject::connect(&monitor, &HostMonitor::failed, &loop, fail);
-    monitor.start();
-    loop.exec();
-    if (!failure.isEmpty())
-        throw Failure(ExitCode::NoHost, failure);
-    return monitor.state();
-}
 
 static void print(const QStringList &lines) { Output::print(lines.join(QLatin1Char('\n')).toUtf8() + '\n'); }
 
-// The bus library's thread wakes the caller before it is done with an answer that is an error, and loses memory
-// when the process ends just then. An answer after that one shows that it is done.
-static void waitForTheBusLibrary()
+// --- Lists
+
+void Commands::calls(const CommandLine &line)
 {
-    const QDBusMessage ping = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-        QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
-    QDBusConnection::sessionBus().call(ping, QDBus::Block, 1000);
+    const QList<CallInfo> calls = HostAccess::state().calls.values();
+    print(line.has("--json") ? QStringList(Json::calls(calls)) : Views::calls(calls));
 }
 
-static void waitFor(QDBusPendingReply<> reply)
+void Commands::providers(const CommandLine &line)
 {
-    static const QHash<QDBusError::ErrorType, ExitCode> codes = {
-        {QDBusError::UnknownObject, ExitCode::NoSuchCall},
-        {QDBusError::NoReply, ExitCode::NoHost},
-        {QDBusError::TimedOut, ExitCode::NoHost},
-        {QDBusError::Disconnected, ExitCode::NoHost},
-    };
-    reply.waitForFinished();
-    if (!reply.isError())
-        return;
-    waitForTheBusLibrary();
-    if (reply.error().type() == QDBusError::ServiceUnknown)
-        throw Failure(ExitCode::NoHost, HostMonitor::notRunning());
-    throw Failure(codes.value(reply.error().type(), ExitCode::NotDone), reply.error().message());
+    const ProviderList providers = HostAccess::state().providers;
+    print(line.has("--json") ? QStringList(Json::providers(providers)) : Views::providers(providers));
+}
+
+void Commands::devices(const CommandLine &line)
+{
+    const HostState state = HostAccess::state();
+    print(line.has("--json") ? QStringList(Json::devices(state)) : Views::devices(state));
 }
 
 // --- Calls
 
-// The path of the call that is meant.
-static QString theCall(const QStringList &arguments, int further)
+static std::unique_ptr<CallProxy> proxyOf(const CallPath &path)
 {
-    const HostState state = hostState();
-    if (state.calls.isEmpty())
-        throw Failure(ExitCode::NoSuchCall, QStringLiteral("there is no call"));
-    QStringList known;
-    for (const CallInfo &call : state.calls)
-        known.append(Views::brief(call));
-    const QString list = known.join(QLatin1String(", "));
-    if (arguments.size() > further) {
-        for (auto call = state.calls.cbegin(); call != state.calls.cend(); ++call) {
-            if (call->id() == arguments.constFirst())
-                return call.key().path;
-        }
-        throw Failure(ExitCode::NoSuchCall,
-            QStringLiteral("no call has the id '%1'; there are: %2").arg(arguments.constFirst(), list));
-    }
-    if (state.calls.size() > 1) {
-        throw Failure(
-            ExitCode::NoSuchCall, QStringLiteral("there are several calls, name one by its id: %1").arg(list));
-    }
-    return state.calls.firstKey().path;
+    return std::make_unique<CallProxy>(HostMonitor::serviceName(), path.path, HostAccess::bus());
+}
+
+// The call that is named, where there is a name before `further` arguments, else the only one that makes sense.
+static CallPath chosen(const HostState &state, const CommandLine &line, Deed deed, int further)
+{
+    return line.arguments.size() > further ? CallChoice::named(state, line.arguments.constFirst())
+                                           : CallChoice::only(state, deed);
+}
+
+static std::unique_ptr<CallProxy> checkedCall(const CommandLine &line, Deed deed, int further)
+{
+    const HostState state = HostAccess::state();
+    const CallPath path = chosen(state, line, deed, further);
+    const QString objection = CallChoice::objection(state.calls.value(path), deed);
+    if (objection.isEmpty() || line.has("--force"))
+        return proxyOf(path);
+    const bool canBeForced = deed == Deed::Hold || deed == Deed::TakeBack;
+    throw Failure(ExitCode::NotDone,
+        canBeForced ? objection + QStringLiteral("; --force asks for it nevertheless") : objection);
 }
 
 static bool onOff(const QString &word)
@@ -105,117 +75,120 @@ static bool onOff(const QString &word)
     return word == QLatin1String("on");
 }
 
-// `further` arguments of the command come behind the id.
-static std::unique_ptr<CallProxy> callProxy(const CommandLine &line, int further)
+void Commands::answer(const CommandLine &line) { HostAccess::waitFor(checkedCall(line, Deed::Answer, 0)->Answer()); }
+
+static void hangUpAll()
 {
-    return std::make_unique<CallProxy>(HostMonitor::serviceName(), theCall(line.arguments, further), sessionBus());
+    const HostState state = HostAccess::state();
+    if (state.calls.isEmpty())
+        throw Failure(ExitCode::NoSuchCall, QStringLiteral("there is no call"));
+    for (auto call = state.calls.cbegin(); call != state.calls.cend(); ++call) {
+        if (CallChoice::objection(*call, Deed::HangUp).isEmpty())
+            HostAccess::waitFor(proxyOf(call.key())->Hangup());
+    }
 }
 
-static void answer(const CommandLine &line) { waitFor(callProxy(line, 0)->Answer()); }
+void Commands::hangup(const CommandLine &line)
+{
+    if (!line.has("--all"))
+        return HostAccess::waitFor(checkedCall(line, Deed::HangUp, 0)->Hangup());
+    if (!line.arguments.isEmpty())
+        throw Failure(ExitCode::WrongCommandLine, QStringLiteral("either a call or --all, not both"));
+    hangUpAll();
+}
 
-static void hangup(const CommandLine &line) { waitFor(callProxy(line, 0)->Hangup()); }
-
-static void hold(const CommandLine &line)
+void Commands::hold(const CommandLine &line)
 {
     const bool on = onOff(line.arguments.constLast());
-    waitFor(callProxy(line, 1)->Hold(on));
+    HostAccess::waitFor(checkedCall(line, on ? Deed::Hold : Deed::TakeBack, 1)->Hold(on));
 }
 
-static void dtmf(const CommandLine &line) { waitFor(callProxy(line, 1)->SendDtmf(line.arguments.constLast())); }
+// The host answers before the application has done it.
+static const int patienceForHoldSeconds = 5;
 
-static void dial(const CommandLine &line)
+static void waitUntilHeld(const CallInfo &call)
 {
-    ManagerProxy manager(HostMonitor::serviceName(), HostMonitor::rootPath(), sessionBus());
-    waitFor(manager.Dial(line.arguments.at(0), line.arguments.at(1)));
+    try {
+        Condition(QStringLiteral("held"), call.id()).wait(patienceForHoldSeconds);
+    } catch (const Failure &failure) {
+        throw Failure(failure.code(),
+            QStringLiteral("%1 was not held, so the other call is not taken back: %2")
+                .arg(Views::brief(call), failure.reason()));
+    }
+}
+
+void Commands::swap(const CommandLine &line)
+{
+    const HostState state = HostAccess::state();
+    const CallPath held = chosen(state, line, Deed::TakeBack, 0);
+    CallChoice::check(state.calls.value(held), Deed::TakeBack);
+    const CallPath active = CallChoice::only(state, Deed::Hold);
+    CallChoice::check(state.calls.value(active), Deed::Hold);
+    HostAccess::waitFor(proxyOf(active)->Hold(true));
+    waitUntilHeld(state.calls.value(active));
+    HostAccess::waitFor(proxyOf(held)->Hold(false));
+}
+
+static void checkTones(const QString &tones)
+{
+    const auto isTone = [](QChar unit) { return QStringLiteral("0123456789*#ABCDabcd").contains(unit); };
+    const auto wrong = std::find_if_not(tones.cbegin(), tones.cend(), isTone);
+    if (wrong != tones.cend() || tones.isEmpty()) {
+        throw Failure(ExitCode::WrongCommandLine,
+            QStringLiteral("'%1' is not made of tones, which are 0-9 * # and A-D").arg(tones));
+    }
+}
+
+void Commands::dtmf(const CommandLine &line)
+{
+    checkTones(line.arguments.constLast());
+    HostAccess::waitFor(checkedCall(line, Deed::SendTones, 1)->SendDtmf(line.arguments.constLast()));
+}
+
+void Commands::dial(const CommandLine &line)
+{
+    ManagerProxy manager(HostMonitor::serviceName(), HostMonitor::rootPath(), HostAccess::bus());
+    const QString refusal
+        = QStringLiteral("provider '%1' refuses to dial '%2'").arg(line.arguments.at(0), line.arguments.at(1));
+    HostAccess::waitFor(manager.Dial(line.arguments.at(0), line.arguments.at(1)), refusal);
 }
 
 // --- Audio
 
 static std::unique_ptr<AudioProxy> audioProxy()
 {
-    return std::make_unique<AudioProxy>(HostMonitor::serviceName(), HostMonitor::rootPath(), sessionBus());
+    return std::make_unique<AudioProxy>(HostMonitor::serviceName(), HostMonitor::rootPath(), HostAccess::bus());
 }
 
-static void mute(const CommandLine &line)
+void Commands::mute(const CommandLine &line)
 {
-    const bool muted = onOff(line.arguments.constFirst());
-    waitFor(audioProxy()->SetMicrophoneMuted(muted));
-}
-
-static void input(const CommandLine &line) { waitFor(audioProxy()->SelectInputDevice(line.arguments.constFirst())); }
-
-static void output(const CommandLine &line) { waitFor(audioProxy()->SelectOutputDevice(line.arguments.constFirst())); }
-
-// --- Lists
-
-static void calls(const CommandLine &line)
-{
-    const QList<CallInfo> calls = hostState().calls.values();
-    print(line.json ? QStringList(Json::calls(calls)) : Views::calls(calls));
-}
-
-static void providers(const CommandLine &line)
-{
-    const ProviderList providers = hostState().providers;
-    print(line.json ? QStringList(Json::providers(providers)) : Views::providers(providers));
-}
-
-static void devices(const CommandLine &line)
-{
-    const HostState state = hostState();
-    print(line.json ? QStringList(Json::devices(state)) : Views::devices(state));
-}
-
-static void watch(const CommandLine &) { Watch(sessionBus()).run(); }
-
-struct Command
-{
-    const char *name;
-    const char *arguments;
-    int least;
-    int most;
-    bool json;
-    void (*run)(const CommandLine &line);
-};
-
-static const Command commands[] = {
-    {"calls", "", 0, 0, true, calls},
-    {"providers", "", 0, 0, true, providers},
-    {"devices", "", 0, 0, true, devices},
-    {"answer", " [ID]", 0, 1, false, answer},
-    {"hangup", " [ID]", 0, 1, false, hangup},
-    {"hold", " [ID] on|off", 1, 2, false, hold},
-    {"dtmf", " [ID] TONES", 1, 2, false, dtmf},
-    {"dial", " PROVIDER NUMBER", 2, 2, false, dial},
-    {"mute", " on|off", 1, 1, false, mute},
-    {"input", " ID", 1, 1, false, input},
-    {"output", " ID", 1, 1, false, output},
-    {"watch", "", 0, 0, false, watch},
-};
-
-static const Command &commandFor(const QString &name)
-{
-    QStringList names;
-    for (const Command &command : commands) {
-        if (name == QLatin1String(command.name))
-            return command;
-        names.append(QLatin1String(command.name));
+    const QString word = line.arguments.constFirst();
+    const bool isToggle = word == QLatin1String("toggle");
+    if (!isToggle && word != QLatin1String("on") && word != QLatin1String("off")) {
+        throw Failure(
+            ExitCode::WrongCommandLine, QStringLiteral("'on', 'off' or 'toggle' is needed, not '%1'").arg(word));
     }
-    const QString complaint
-        = name.isEmpty() ? QStringLiteral("a command is needed") : QStringLiteral("there is no command '%1'").arg(name);
-    throw Failure(ExitCode::WrongCommandLine,
-        QStringLiteral("%1; there are: %2").arg(complaint, names.join(QLatin1String(", "))));
+    const bool muted = isToggle ? !HostAccess::state().microphoneMuted : word == QLatin1String("on");
+    HostAccess::waitFor(audioProxy()->SetMicrophoneMuted(muted));
 }
 
-void Commands::run(const CommandLine &line)
+void Commands::input(const CommandLine &line)
 {
-    const Command &command = commandFor(line.command);
-    if (line.arguments.size() < command.least || line.arguments.size() > command.most) {
-        throw Failure(ExitCode::WrongCommandLine,
-            QStringLiteral("this is not how it is used; right is: callctl %1%2")
-                .arg(QLatin1String(command.name), QLatin1String(command.arguments)));
-    }
-    if (line.json && !command.json)
-        throw Failure(ExitCode::WrongCommandLine, QStringLiteral("--json goes with calls, providers and devices only"));
-    command.run(line);
+    HostAccess::waitFor(audioProxy()->SelectInputDevice(line.arguments.constFirst()));
 }
+
+void Commands::output(const CommandLine &line)
+{
+    HostAccess::waitFor(audioProxy()->SelectOutputDevice(line.arguments.constFirst()));
+}
+
+// --- Over time
+
+void Commands::wait(const CommandLine &line)
+{
+    const QString id = Condition(line.arguments.at(0), line.arguments.value(1)).wait(line.timeout);
+    if (!id.isEmpty())
+        print({id});
+}
+
+void Commands::watch(const CommandLine &) { Watch(HostAccess::bus()).run(); }

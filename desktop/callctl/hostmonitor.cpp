@@ -8,7 +8,6 @@
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusPendingReply>
 #include <algorithm>
-#include <chrono>
 #include <limits>
 
 static const QString objectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
@@ -17,7 +16,6 @@ static const QString callInterface = QStringLiteral("org.tarnwickle.voicecall.Ca
 static const QString managerInterface = QStringLiteral("org.tarnwickle.voicecall.Manager1");
 static const QString providersProperty = QStringLiteral("Providers");
 static const QString audioInterface = QStringLiteral("org.tarnwickle.voicecall.Audio1");
-static const std::chrono::milliseconds patience(5000);
 static const std::chrono::milliseconds pauseBeforeAskingAgain(1000);
 static const std::chrono::milliseconds waitForProviderSignals(100);
 // A host that is stopped answers when it goes on; asking it again would only fill its queue.
@@ -41,11 +39,12 @@ static Value shaped(const QVariant &variant, const char *signature)
     return value;
 }
 
-HostMonitor::HostMonitor(const QDBusConnection &connection)
+HostMonitor::HostMonitor(const QDBusConnection &connection, std::chrono::milliseconds patience)
     : m_connection(connection),
       m_owner(serviceName(), connection, QDBusServiceWatcher::WatchForOwnerChange)
 {
     m_patience.setSingleShot(true);
+    m_patience.setInterval(patience);
     m_again.setSingleShot(true);
     m_untold.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this,
@@ -89,7 +88,7 @@ static QDBusMessage question(const QString &interface, const QString &method)
 void HostMonitor::read()
 {
     m_isReading = true;
-    m_patience.start(patience);
+    m_patience.start();
     readManager();
     ask(Source::Audio, question(properties, QStringLiteral("GetAll")) << audioInterface);
     ask(Source::Calls, question(objectManager, QStringLiteral("GetManagedObjects")));

@@ -11,6 +11,7 @@
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusServiceWatcher>
+#include <chrono>
 
 /**
  * Follows the host: reads its state when it is there, keeps it up to date, and does so again when the
@@ -27,7 +28,9 @@ public:
     /** What to tell people who want a host where there is none. */
     static QString notRunning();
 
-    explicit HostMonitor(const QDBusConnection &connection);
+    /** `patience` is how long a host that is asked may keep silent before failed() says so. */
+    explicit HostMonitor(
+        const QDBusConnection &connection, std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     /** Starts; ready() or failed() follows. */
     void start();

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "commandline.h"
-#include "commands.h"
+#include "commandtable.h"
 #include "failure.h"
 #include "output.h"
 #include "programs/log.h"
@@ -12,15 +12,22 @@
 #include <clocale>
 #include <cstdio>
 
+static void carryOut(const CommandLine &line)
+{
+    const Command &command = CommandTable::find(line.command);
+    CommandTable::check(command, line);
+    command.run(line);
+}
+
 static int run(const QStringList &arguments)
 {
     const CommandLine line = CommandLine::read(arguments);
     if (line.help)
-        Output::print(CommandLine::helpText().toUtf8());
+        Output::print(CommandTable::helpText().toUtf8());
     else if (line.version)
         Output::print("callctl " RINGLET_VERSION "\n");
     else
-        Commands::run(line);
+        carryOut(line);
     return int(ExitCode::Success);
 }
 

@@ -21,16 +21,29 @@ void Table::add(const QStringList &cells)
     m_rows.append(row);
 }
 
+// A column of no width is left out, with the gap before it.
+int Table::excess(const QVector<int> &widths, int columns) const
+{
+    const int shown = int(std::count_if(widths.cbegin(), widths.cend(), [](int width) { return width > 0; }));
+    return columns > 0 ? std::accumulate(widths.cbegin(), widths.cend(), gap * (shown - 1)) - columns : 0;
+}
+
 QVector<int> Table::columnWidths(int columns) const
 {
     QVector<int> widths(m_rows.constFirst().size(), 0);
-    for (const QStringList &row : m_rows) {
-        for (int i = 0; i < row.size(); ++i)
-            widths[i] = qMax(widths[i], PrintableText::width(row.at(i)));
+    QVector<bool> isEmpty(widths.size(), true);
+    for (int row = 0; row < m_rows.size(); ++row) {
+        for (int i = 0; i < widths.size(); ++i) {
+            widths[i] = qMax(widths[i], PrintableText::width(m_rows.at(row).at(i)));
+            isEmpty[i] = isEmpty[i] && (row == 0 || m_rows.at(row).at(i).isEmpty());
+        }
     }
-    int excess = std::accumulate(widths.cbegin(), widths.cend(), gap * (widths.size() - 1)) - columns;
+    for (auto i = m_flexible.crbegin(); i != m_flexible.crend() && excess(widths, columns) > 0; ++i) {
+        if (isEmpty[*i])
+            widths[*i] = 0;
+    }
     // The widest gives way, column by column, until it fits or nothing can be taken any more.
-    for (; columns > 0 && excess > 0 && !m_flexible.isEmpty(); --excess) {
+    for (int left = excess(widths, columns); left > 0 && !m_flexible.isEmpty(); --left) {
         const int widest = *std::max_element(
             m_flexible.cbegin(), m_flexible.cend(), [&](int a, int b) { return widths[a] < widths[b]; });
         if (widths[widest] <= narrowest)
@@ -46,8 +59,10 @@ QStringList Table::lines(int columns) const
     QStringList lines;
     for (const QStringList &row : m_rows) {
         QStringList cells;
-        for (int i = 0; i < row.size(); ++i)
-            cells.append(PrintableText::padded(PrintableText::elided(row.at(i), widths.at(i)), widths.at(i)));
+        for (int i = 0; i < row.size(); ++i) {
+            if (widths.at(i) > 0)
+                cells.append(PrintableText::padded(PrintableText::elided(row.at(i), widths.at(i)), widths.at(i)));
+        }
         QString line = cells.join(QString(gap, QLatin1Char(' ')));
         while (line.endsWith(QLatin1Char(' ')))
             line.chop(1);

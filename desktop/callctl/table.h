@@ -11,7 +11,7 @@
 class Table
 {
 public:
-    /** `flexible` columns give way when the table is too wide. */
+    /** `flexible` columns give way when the table is too wide: empty ones go first, then the widest get narrower. */
     explicit Table(const QStringList &head, const QVector<int> &flexible = {});
 
     /** Cells may hold any text: it is made printable here. */
@@ -21,6 +21,7 @@ public:
     QStringList lines(int columns = 0) const;
 
 private:
+    int excess(const QVector<int> &widths, int columns) const;
     QVector<int> columnWidths(int columns) const;
 
     QVector<QStringList> m_rows;

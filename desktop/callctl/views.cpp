@@ -15,16 +15,19 @@ static QString clockText(int seconds)
     return QStringLiteral("%1:%2").arg(seconds / 3600).arg(minutesAndSeconds.rightJustified(5, QLatin1Char('0')));
 }
 
-QStringList Views::calls(const QList<CallInfo> &calls, int columns)
+QStringList Views::calls(const QList<CallInfo> &calls, int columns, int chosen)
 {
     if (calls.isEmpty())
         return {QStringLiteral("No calls.")};
-    Table table({QStringLiteral("ID"), QStringLiteral("STATUS"), QStringLiteral("DIRECTION"), QStringLiteral("NAME"),
-                    QStringLiteral("ADDRESS"), QStringLiteral("APPLICATION"), QStringLiteral("DURATION")},
+    const QString mark = chosen >= 0 ? QStringLiteral("  ") : QString();
+    Table table(
+        {mark + QStringLiteral("ID"), QStringLiteral("STATUS"), QStringLiteral("DIRECTION"), QStringLiteral("NAME"),
+            QStringLiteral("ADDRESS"), QStringLiteral("APPLICATION"), QStringLiteral("DURATION")},
         {3, 4, 5});
-    for (const CallInfo &call : calls) {
-        table.add({call.id(), call.status(), call.direction(), call.text("LineId"), call.text("Uri"),
-            call.text("AppId"), clockText(call.duration())});
+    for (int i = 0; i < calls.size(); ++i) {
+        const CallInfo &call = calls.at(i);
+        table.add({(i == chosen ? QStringLiteral("> ") : mark) + call.id(), call.status(), call.direction(),
+            call.text("LineId"), call.text("Uri"), call.text("AppId"), clockText(call.duration())});
     }
     return table.lines(columns);
 }

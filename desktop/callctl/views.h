@@ -11,7 +11,8 @@
 /** The host's lists as text for people; lines no wider than `columns`, 0 for as wide as they are. */
 namespace Views {
 
-QStringList calls(const QList<CallInfo> &calls, int columns = 0);
+/** The call of the index `chosen`, if any, has a mark before it. */
+QStringList calls(const QList<CallInfo> &calls, int columns = 0, int chosen = -1);
 QStringList providers(const ProviderList &providers);
 QStringList devices(const HostState &state);
 QString audioLine(const HostState &state, int columns = 0);

@@ -11,21 +11,33 @@
 #include <csignal>
 #include <unistd.h>
 
-// On a terminal that can move its cursor there is a table; otherwise lines are printed.
-static std::unique_ptr<WatchView> makeView()
-{
-    if (isatty(STDOUT_FILENO) && qgetenv("TERM") != "dumb")
-        return std::make_unique<WatchScreen>();
-    return std::make_unique<WatchLines>();
-}
+static bool isCapableTerminal() { return isatty(STDOUT_FILENO) && qgetenv("TERM") != "dumb"; }
 
-Watch::Watch(const QDBusConnection &connection) : m_monitor(connection), m_view(makeView())
+// On a terminal that can move its cursor there is a table; otherwise lines are printed.
+Watch::Watch(const QDBusConnection &connection) : m_monitor(connection)
 {
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, &Watch::update);
     connect(&m_output, &Output::idle, this, &Watch::update);
     connect(&m_output, &Output::failed, this, [this](const QString &reason) { end(ExitCode::NotDone, reason); });
     connectToHost();
+    if (isCapableTerminal()) {
+        auto screen = std::make_unique<WatchScreen>();
+        if (Keyboard::isThere())
+            connectToKeyboard(screen.get(), connection);
+        m_view = std::move(screen);
+    } else {
+        m_view = std::make_unique<WatchLines>();
+    }
+}
+
+void Watch::connectToKeyboard(WatchScreen *screen, const QDBusConnection &connection)
+{
+    m_keyboard = std::make_unique<Keyboard>();
+    m_controls = std::make_unique<WatchControls>(m_monitor, *screen, connection);
+    connect(m_keyboard.get(), &Keyboard::pressed, m_controls.get(), &WatchControls::press);
+    connect(m_controls.get(), &WatchControls::changed, this, &Watch::update);
+    connect(m_controls.get(), &WatchControls::quitRequested, this, [] { QCoreApplication::quit(); });
 }
 
 void Watch::connectToHost()
@@ -48,7 +60,9 @@ void Watch::connectToHost()
 
 void Watch::run()
 {
-    const UnixSignals signalWatch({SIGINT, SIGTERM, SIGWINCH, SIGCONT});
+    // Where no keys are taken, nothing is to be given back before it stops.
+    const UnixSignals signalWatch = m_keyboard ? UnixSignals({SIGINT, SIGTERM, SIGWINCH, SIGCONT, SIGTSTP})
+                                               : UnixSignals({SIGINT, SIGTERM, SIGWINCH, SIGCONT});
     if (!signalWatch.errorString().isEmpty())
         throw Failure(ExitCode::NotDone, signalWatch.errorString());
     connect(&signalWatch, &UnixSignals::received, this, &Watch::onSignal);
@@ -70,8 +84,18 @@ void Watch::onSignal(int number)
 {
     if (number == SIGINT || number == SIGTERM)
         return QCoreApplication::quit();
+    if (number == SIGTSTP)
+        return stop();
+    if (number == SIGCONT && m_keyboard)
+        m_keyboard->take();
     m_view->noteTerminalChange();
     update();
+}
+
+void Watch::stop()
+{
+    m_keyboard->release();
+    raise(SIGSTOP);
 }
 
 void Watch::update()

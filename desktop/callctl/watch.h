@@ -6,8 +6,9 @@
 
 #include "failure.h"
 #include "hostmonitor.h"
+#include "keyboard.h"
 #include "output.h"
-#include "watchview.h"
+#include "watchcontrols.h"
 
 /** The command `watch`: shows the host until SIGINT or SIGTERM, and waits for it where there is none. */
 class Watch : public QObject
@@ -22,6 +23,8 @@ public:
 
 private:
     void connectToHost();
+    void connectToKeyboard(WatchScreen *screen, const QDBusConnection &connection);
+    void stop();
     void update();
     void onSignal(int number);
     void end(ExitCode code, const QString &failure);
@@ -30,6 +33,9 @@ private:
     std::unique_ptr<WatchView> m_view;
     Output m_output;
     QTimer m_pause;
+    /** Both null where nobody can type. */
+    std::unique_ptr<Keyboard> m_keyboard;
+    std::unique_ptr<WatchControls> m_controls;
     ExitCode m_code = ExitCode::Success;
     QString m_failure;
 };

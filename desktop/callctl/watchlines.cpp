@@ -3,122 +3,15 @@
 
 #include "watchlines.h"
 
-#include "json.h"
 #include "programs/printabletext.h"
+#include "watchfields.h"
 
 #include <QtCore/QHash>
-#include <QtCore/QVector>
-#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 // Bytes that may wait to be read before changes are put together.
 static const int mostBytes = 1 << 16;
-
-// A key and its value, in the form that is printed.
-using Field = QPair<QString, QString>;
-using Fields = QVector<Field>;
-
-static bool isBare(QChar unit)
-{
-    const ushort code = unit.unicode();
-    return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z') || (code >= '0' && code <= '9')
-        || QStringLiteral("_./:@+-").contains(unit);
-}
-
-static QString word(const QString &text)
-{
-    const bool bare = !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), isBare);
-    return bare ? text : Json::quoted(text);
-}
-
-static QString yesNo(bool value) { return value ? QStringLiteral("yes") : QStringLiteral("no"); }
-
-// A property of a call, and how it is told.
-struct CallField
-{
-    QString key;
-    QString property;
-    QString (*form)(const QVariant &value);
-};
-
-static QString wordForm(const QVariant &value) { return word(value.toString()); }
-static QString quotedForm(const QVariant &value) { return Json::quoted(value.toString()); }
-static QString numberForm(const QVariant &value) { return QString::number(value.toInt()); }
-static QString yesNoForm(const QVariant &value) { return yesNo(value.toBool()); }
-static QString directionForm(const QVariant &value)
-{
-    return value.toBool() ? QStringLiteral("incoming") : QStringLiteral("outgoing");
-}
-
-static const QVector<CallField> callFields = {
-    {QStringLiteral("status"), QStringLiteral("StatusText"), wordForm},
-    {QStringLiteral("direction"), QStringLiteral("Incoming"), directionForm},
-    {QStringLiteral("name"), QStringLiteral("LineId"), quotedForm},
-    {QStringLiteral("address"), QStringLiteral("Uri"), quotedForm},
-    {QStringLiteral("app"), QStringLiteral("AppId"), quotedForm},
-    {QStringLiteral("duration"), QStringLiteral("Duration"), numberForm},
-    {QStringLiteral("provider"), QStringLiteral("ProviderId"), wordForm},
-    {QStringLiteral("ongoing"), QStringLiteral("Ongoing"), yesNoForm},
-    {QStringLiteral("remote-held"), QStringLiteral("RemoteHeld"), yesNoForm},
-    {QStringLiteral("holdable"), QStringLiteral("Holdable"), yesNoForm},
-    {QStringLiteral("dtmf"), QStringLiteral("SupportsDtmf"), yesNoForm},
-    {QStringLiteral("supports-multiparty"), QStringLiteral("SupportsMultiparty"), yesNoForm},
-    {QStringLiteral("multiparty"), QStringLiteral("Multiparty"), yesNoForm},
-    {QStringLiteral("emergency"), QStringLiteral("Emergency"), yesNoForm},
-    {QStringLiteral("forwarded"), QStringLiteral("Forwarded"), yesNoForm},
-};
-
-static Fields allFields(const CallInfo &call)
-{
-    Fields fields;
-    for (const CallField &field : callFields)
-        fields.append({field.key, field.form(call.properties.value(field.property))});
-    return fields;
-}
-
-static Fields changedFields(const CallInfo &before, const CallInfo &after)
-{
-    Fields fields;
-    for (const CallField &field : callFields) {
-        const QVariant value = after.properties.value(field.property);
-        if (before.properties.value(field.property) != value)
-            fields.append({field.key, field.form(value)});
-    }
-    return fields;
-}
-
-static Fields allFields(const AudioDevice &device)
-{
-    return {
-        {QStringLiteral("type"), word(device.typeText())},
-        {QStringLiteral("input"), yesNo(device.isInput)},
-        {QStringLiteral("output"), yesNo(device.isOutput)},
-        {QStringLiteral("name"), Json::quoted(device.name)},
-    };
-}
-
-static Fields changedFields(const AudioDevice &before, const AudioDevice &after)
-{
-    const Fields old = allFields(before);
-    Fields fields = allFields(after);
-    fields.erase(std::remove_if(fields.begin(), fields.end(), [&](const Field &field) { return old.contains(field); }),
-        fields.end());
-    return fields;
-}
-
-// All of a host that was not there is new.
-static Fields changedSelection(const HostState &before, const HostState &after)
-{
-    const bool isNew = before.isPresent != after.isPresent;
-    Fields fields;
-    if (isNew || before.inputDevice != after.inputDevice)
-        fields.append({QStringLiteral("input"), word(after.inputDevice)});
-    if (isNew || before.outputDevice != after.outputDevice)
-        fields.append({QStringLiteral("output"), word(after.outputDevice)});
-    if (isNew || before.microphoneMuted != after.microphoneMuted)
-        fields.append({QStringLiteral("muted"), yesNo(after.microphoneMuted)});
-    return fields;
-}
 
 static QString lineOf(const QString &subject, const char *event, const Fields &fields = {})
 {
@@ -134,8 +27,8 @@ static QString changeOf(const QString &subject, const Thing *before, const Thing
     if (!after)
         return before ? lineOf(subject, "removed") : QString();
     if (!before)
-        return lineOf(subject, "added", allFields(*after));
-    const Fields fields = changedFields(*before, *after);
+        return lineOf(subject, "added", WatchFields::all(*after));
+    const Fields fields = WatchFields::changed(*before, *after);
     return fields.isEmpty() ? QString() : lineOf(subject, "changed", fields);
 }
 
@@ -153,13 +46,13 @@ void WatchLines::printProvider(const HostState &state, const QString &id)
     const Provider *after = state.provider(id);
     if (before && after && *before == *after)
         return;
-    const QString subject = QStringLiteral("provider ") + word(id);
+    const QString subject = QStringLiteral("provider ") + WatchFields::word(id);
     if (before) {
         print(lineOf(subject, "removed"));
         m_told.providers.removeAll(Provider(*before));
     }
     if (after) {
-        print(lineOf(subject, "added", {{QStringLiteral("type"), word(after->type)}}));
+        print(lineOf(subject, "added", {{QStringLiteral("type"), WatchFields::word(after->type)}}));
         m_told.providers.append(*after);
     }
 }
@@ -184,14 +77,15 @@ void WatchLines::printAudio(const HostState &state)
 {
     const QHash<QString, AudioDevice> before = byId(m_told.devices);
     const QHash<QString, AudioDevice> after = byId(state.devices);
-    const auto subject = [](const AudioDevice &device) { return QStringLiteral("device ") + word(device.id); };
+    const auto subject
+        = [](const AudioDevice &device) { return QStringLiteral("device ") + WatchFields::word(device.id); };
     for (const AudioDevice &device : qAsConst(m_told.devices)) {
         if (!after.contains(device.id))
             print(lineOf(subject(device), "removed"));
     }
     for (const AudioDevice &device : state.devices)
         print(changeOf(subject(device), find(before, device.id), &device));
-    const Fields selection = state.isPresent ? changedSelection(m_told, state) : Fields();
+    const Fields selection = state.isPresent ? WatchFields::changed(m_told, state) : Fields();
     if (!selection.isEmpty())
         print(lineOf(QStringLiteral("audio"), "changed", selection));
     m_told.devices = state.devices;
@@ -214,7 +108,7 @@ void WatchLines::printCall(const HostState &state, const CallPath &path)
     const CallInfo *after = find(state.calls, path);
     if (!before && !after)
         return;
-    print(changeOf(QStringLiteral("call ") + word((after ? after : before)->id()), before, after));
+    print(changeOf(QStringLiteral("call ") + WatchFields::word((after ? after : before)->id()), before, after));
     if (after)
         m_told.calls.insert(path, *after);
     else

@@ -47,23 +47,60 @@ void WatchScreen::noteFailure(const QString &reason)
 
 void WatchScreen::noteTerminalChange() { m_isNoted = m_isCleared = true; }
 
-QStringList WatchScreen::lines(const HostState &state)
+void WatchScreen::setHint(const QString &hint)
 {
-    const Size size = terminalSize();
-    // The heading, the audio line, one for what is left out, and the one the cursor stands in must fit as well.
-    const int room = qMax(1, size.rows - 4);
+    m_hint = hint;
+    m_isNoted = true;
+}
+
+void WatchScreen::setMessage(const QString &message)
+{
+    m_message = message;
+    m_isNoted = true;
+}
+
+void WatchScreen::setChosen(const CallPath &path)
+{
+    m_chosen = path;
+    m_isNoted = true;
+}
+
+QStringList WatchScreen::table(const HostState &state, int columns, int room)
+{
     const bool fits = state.calls.size() <= room + 1;
     QList<CallInfo> shown;
+    int chosen = -1;
     for (auto call = state.calls.cbegin(); call != state.calls.cend() && (fits || shown.size() < room); ++call) {
+        if (call.key().path == m_chosen.path)
+            chosen = shown.size();
         shown.append(*call);
         m_last = call.key();
     }
     m_shown = shown.size();
     m_leftOut = state.calls.size() - m_shown;
-    QStringList lines = Views::calls(shown, size.columns);
+    QStringList lines = Views::calls(shown, columns, chosen);
     if (m_leftOut > 0)
         lines.append(QStringLiteral("... and %1 more").arg(m_leftOut));
-    return lines << Views::audioLine(state, size.columns);
+    return lines;
+}
+
+QStringList WatchScreen::linesBelow(const HostState &state, int columns, int rows) const
+{
+    static const int rowsForHint = 10;
+    QStringList lines = {Views::audioLine(state, columns)};
+    if (!m_message.isEmpty())
+        lines.append(PrintableText::elided(PrintableText::printable(m_message), columns));
+    if (!m_hint.isEmpty() && rows >= rowsForHint)
+        lines.append(PrintableText::elided(m_hint, columns));
+    return lines;
+}
+
+QStringList WatchScreen::lines(const HostState &state)
+{
+    const Size size = terminalSize();
+    const QStringList below = linesBelow(state, size.columns, size.rows);
+    // The heading, one line for what is left out, and the one the cursor stands in must fit as well.
+    return table(state, size.columns, qMax(1, size.rows - 3 - below.size())) + below;
 }
 
 QByteArray WatchScreen::take(const HostState &state)
@@ -73,7 +110,7 @@ QByteArray WatchScreen::take(const HostState &state)
     m_isNoted = false;
     if (m_failure.isEmpty())
         return draw(lines(state));
-    const QString text = PrintableText::printable(m_failure) + QStringLiteral("; waiting for it to come back");
+    const QString text = PrintableText::printable(m_failure) + QStringLiteral("; waiting for it");
     return draw({PrintableText::elided(text, terminalSize().columns)});
 }
 

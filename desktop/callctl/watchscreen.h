@@ -25,8 +25,20 @@ public:
     QByteArray take(const HostState &state) override;
     std::chrono::milliseconds pause() const override { return std::chrono::milliseconds(100); }
 
+    /** What keys do; stands below everything where there is room. */
+    void setHint(const QString &hint);
+
+    /** What is to be told about the last key; empty for nothing. */
+    void setMessage(const QString &message);
+
+    /** The call that keys are for is marked; empty for none. */
+    void setChosen(const CallPath &path);
+    const CallPath &chosen() const { return m_chosen; }
+
 private:
     QStringList lines(const HostState &state);
+    QStringList linesBelow(const HostState &state, int columns, int rows) const;
+    QStringList table(const HostState &state, int columns, int room);
     QByteArray draw(const QStringList &lines);
 
     /** Whether something that is on the screen may be different now. */
@@ -39,6 +51,9 @@ private:
     int m_shown = 0;
     int m_leftOut = 0;
     QStringList m_drawn;
+    QString m_hint;
+    QString m_message;
+    CallPath m_chosen;
 };
 
 #endif

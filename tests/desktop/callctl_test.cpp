@@ -5,6 +5,7 @@
 #include "stubhost.h"
 #include "waitfor.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -86,6 +87,12 @@ protected:
         EXPECT_EQ(run.exitCode, exitCode);
         EXPECT_EQ(run.error, "callctl: " + error + "\n");
         EXPECT_THAT(run.output(), IsEmpty());
+    }
+
+    void changeCall(const char *id, const char *changes)
+    {
+        host.plugin(QStringLiteral("ChangeCall"),
+            QStringLiteral("'%1', @a{sv} {%2}, 'statusChanged'").arg(QLatin1String(id), QString::fromUtf8(changes)));
     }
 
     std::string notes() { return text(host.pluginNotes()); }
@@ -184,7 +191,7 @@ TEST_F(Callctl, WhatCouldActOnTheTerminalIsNotPrintedRaw)
     const std::string json = text(callctl("calls --json").lines.join(QString()));
     EXPECT_THAT(json, HasSubstr("\"a\\u001b[2Jb\\u0007c\\u009bd\\u202ee\""));
     addCall("c2");
-    EXPECT_THAT(callctl("answer").error, AllOf(HasSubstr("a" + replacement), Not(HasSubstr("\033"))));
+    EXPECT_THAT(callctl("hangup").error, AllOf(HasSubstr("a" + replacement), Not(HasSubstr("\033"))));
 }
 
 TEST_F(Callctl, ColumnsStayInLineWithWideAndCombiningCharacters)
@@ -234,67 +241,236 @@ TEST_F(Callctl, FailsWhereItsOutputCannotBeWritten)
 
 // --- Commands
 
+static const char *const ringing = ", 'Status': <5>";
+static const char *const active = ", 'Status': <1>, 'Holdable': <true>, 'SupportsDtmf': <true>";
+static const char *const held = ", 'Status': <2>, 'Holdable': <true>, 'SupportsDtmf': <true>";
+static const char *const disconnected = ", 'Status': <7>";
+
 TEST_F(Callctl, DrivesTheCallOfAnId)
 {
-    addCall("c1");
-    addCall("c2");
-    expectDone("answer c2");
+    addCall("c1", ringing);
+    addCall("c2", active);
+    addCall("c3", held);
+    addCall("c4", active);
+    expectDone("answer c1");
     expectDone("hold c2 on");
-    expectDone("hold c2 off");
-    expectDone("dtmf c2 12#");
+    expectDone("hold c3 off");
+    expectDone("dtmf c2 12#Ad");
     expectDone("hangup c1");
-    EXPECT_EQ(notes(), "(['c2 answer', 'c2 hold true', 'c2 hold false', 'c2 dtmf 12#', 'c1 hangup'],)");
+    EXPECT_EQ(notes(), "(['c1 answer', 'c2 hold true', 'c3 hold false', 'c2 dtmf 12#Ad', 'c1 hangup'],)");
 }
 
-TEST_F(Callctl, DrivesTheOnlyCallWithoutAnId)
+TEST_F(Callctl, WithoutAnIdTakesTheCallForWhichItMakesSense)
 {
-    addCall("c1");
+    addCall("c1", ringing);
+    addCall("c2", active);
+    addCall("c3", held);
+    addCall("c4", disconnected);
     expectDone("answer");
     expectDone("hold on");
+    expectDone("hold off");
     expectDone("dtmf 5");
+    EXPECT_EQ(notes(), "(['c1 answer', 'c2 hold true', 'c3 hold false', 'c2 dtmf 5'],)");
+    expectError("hangup", 4, "several calls can be ended, name one by its id: c1 (incoming), c2 (active)");
+}
+
+TEST_F(Callctl, HangupMeansTheCallThatIsTalkedIn)
+{
+    addCall("c1", held);
+    addCall("c2", active);
     expectDone("hangup");
-    EXPECT_EQ(notes(), "(['c1 answer', 'c1 hold true', 'c1 dtmf 5', 'c1 hangup'],)");
+    EXPECT_EQ(notes(), "(['c2 hangup'],)");
+}
+
+TEST_F(Callctl, HangupEndsAllThereAre)
+{
+    addCall("c1", ringing);
+    addCall("c2", held);
+    addCall("c3", disconnected);
+    expectDone("hangup --all");
+    EXPECT_EQ(notes(), "(['c1 hangup', 'c2 hangup'],)");
+    expectError("hangup c1 --all", 2, "either a call or --all, not both");
+}
+
+TEST_F(Callctl, AnswerMeansACallThatRings)
+{
+    addCall("c1", ", 'Status': <5>, 'LineId': <'Anna'>");
+    addCall("c2", ", 'Status': <6>");
+    expectError("answer", 4, "several calls can be answered, name one by its id: c1 (incoming, Anna), c2 (waiting)");
+    EXPECT_EQ(notes(), "([],)");
+}
+
+TEST_F(Callctl, FindsACallByAPartOfItsNameOrAddress)
+{
+    addCall("c1", ", 'Status': <5>, 'LineId': <'Anna Example'>, 'Uri': <'sip:anna@example.org'>");
+    addCall("c2", ", 'Status': <5>, 'LineId': <'Bert Example'>, 'Uri': <'sip:bert@example.org'>");
+    expectDone("answer anna");
+    expectDone("answer BERT@");
+    EXPECT_EQ(notes(), "(['c1 answer', 'c2 answer'],)");
+    expectError("answer example", 4,
+        "'example' fits several calls, name one by its id: c1 (incoming, Anna Example), c2 (incoming, Bert Example)");
+}
+
+// An id goes before what stands in another call's name.
+TEST_F(Callctl, AnIdIsNoPartOfAName)
+{
+    addCall("c1", ", 'Status': <5>, 'LineId': <'c2'>");
+    addCall("c2", ringing);
+    expectDone("answer c2");
+    EXPECT_EQ(notes(), "(['c2 answer'],)");
 }
 
 TEST_F(Callctl, FindsACallWhoseIdIsEscapedInItsPath)
 {
-    addCall("a-b");
+    addCall("a-b", ringing);
     expectDone("answer a-b");
     EXPECT_EQ(notes(), "(['a-b answer'],)");
-}
-
-TEST_F(Callctl, WithSeveralCallsAnIdIsNeeded)
-{
-    addCall("c1", ", 'Status': <5>, 'LineId': <'Anna'>");
-    addCall("c2", ", 'Status': <1>");
-    expectError("answer", 4, "there are several calls, name one by its id: c1 (incoming, Anna), c2 (active)");
-    EXPECT_EQ(notes(), "([],)");
 }
 
 TEST_F(Callctl, AnUnknownIdListsThoseThereAre)
 {
     addCall("c1", ", 'Status': <5>, 'LineId': <'Anna'>");
-    expectError("hangup c7", 4, "no call has the id 'c7'; there are: c1 (incoming, Anna)");
+    expectError("hangup c7", 4,
+        "no call has the id 'c7', nor a name or address with that in it; there are: c1 (incoming, Anna)");
 }
 
-TEST_F(Callctl, WithoutCallsThereIsNothingToDrive) { expectError("hangup", 4, "there is no call"); }
+TEST_F(Callctl, WithoutCallsThereIsNothingToDrive)
+{
+    for (const char *command : {"answer", "hangup", "hangup --all", "hold on", "swap", "dtmf 1"})
+        expectError(command, 4, "there is no call");
+}
+
+TEST_F(Callctl, SaysWhenACommandCouldHaveNoEffect)
+{
+    addCall("c1", ", 'Status': <1>");
+    addCall("c2", held);
+    addCall("c3", disconnected);
+    addCall("c4", ringing);
+    const std::string onlyRinging = " does not ring, and only a call that rings can be answered";
+    expectError("answer c1", 1, "c1 (active)" + onlyRinging);
+    expectError("answer c2", 1, "c2 (held)" + onlyRinging);
+    expectError("dtmf c1 1", 1, "c1 (active) takes no tones");
+    expectError("hold c2 on", 1, "c2 (held) is held already; --force asks for it nevertheless");
+    expectError("hold c1 off", 1, "c1 (active) is not held; --force asks for it nevertheless");
+    expectError("hold c4 on", 1, "c4 (incoming) is not active, and only an active call can be held; --force asks for it nevertheless");
+    expectError("hangup c3", 1, "c3 (disconnected) has ended already");
+    EXPECT_EQ(notes(), "([],)");
+}
+
+TEST_F(Callctl, SaysWhenACommandMakesSenseForNoCall)
+{
+    addCall("c1", held);
+    expectError("answer", 1, "c1 (held) does not ring, and only a call that rings can be answered");
+    addCall("c2", held);
+    expectError("answer", 1, "none of the calls can be answered: c1 (held), c2 (held)");
+}
+
+TEST_F(Callctl, ACallThatCannotBeHeldIsNotEndedUnlessThatIsWanted)
+{
+    addCall("c1", ", 'Status': <1>");
+    expectError(
+        "hold on", 1, "c1 (active) cannot be held, and would be ended instead; --force asks for it nevertheless");
+    EXPECT_EQ(notes(), "([],)");
+    expectDone("hold on --force");
+    EXPECT_EQ(notes(), "(['c1 hold true'],)");
+}
 
 TEST_F(Callctl, HoldTakesOnOrOff)
 {
-    addCall("c1");
     expectError("hold maybe", 2, "'on' or 'off' is needed, not 'maybe'");
-    expectError("mute loud", 2, "'on' or 'off' is needed, not 'loud'");
+    expectError("mute loud", 2, "'on', 'off' or 'toggle' is needed, not 'loud'");
+}
+
+TEST_F(Callctl, TonesAreChecked)
+{
+    addCall("c1", active);
+    for (const char *tones : {"12x", "+49", "1,2", "E", "\u0661"})
+        expectError((std::string("dtmf ") + tones).c_str(), 2,
+            std::string("'") + tones + "' is not made of tones, which are 0-9 * # and A-D");
+    EXPECT_EQ(notes(), "([],)");
+}
+
+TEST_F(Callctl, SwapTakesBackTheHeldCallOnceTheActiveOneIsHeld)
+{
+    addCall("c1", active);
+    addCall("c2", held);
+    Program swap;
+    ASSERT_TRUE(swap.start(QStringLiteral(CALLCTL), {QStringLiteral("swap")}));
+    std::string all;
+    ASSERT_TRUE(waitFor([&] { return (all += notes()).find("hold") != std::string::npos; }));
+    EXPECT_THAT(all, HasSubstr("(['c1 hold true'],)"));
+    changeCall("c1", "'Status': <2>");
+    EXPECT_EQ(swap.waitForExit(), 0) << text(swap.errorOutput());
+    EXPECT_EQ(notes(), "(['c2 hold false'],)");
+}
+
+TEST_F(Callctl, SwapTellsWhenTheActiveCallIsNotHeld)
+{
+    addCall("c1", active);
+    addCall("c2", ", 'Status': <2>, 'Uri': <'sip:c1@example.org'>");
+    expectError(
+        "swap", 1, "c1 (active) was not held, so the other call is not taken back: 'held c1' did not come within 5 s");
+    EXPECT_EQ(notes(), "(['c1 hold true'],)");
+}
+
+TEST_F(Callctl, SwapEndsNoCallThatCannotBeHeld)
+{
+    addCall("c1", ", 'Status': <1>");
+    addCall("c2", held);
+    EXPECT_EQ(callctl("swap").exitCode, 1);
+    EXPECT_EQ(notes(), "([],)");
+}
+
+// --- Waiting
+
+TEST_F(Callctl, WaitsForACallAndNamesIt)
+{
+    Program wait;
+    ASSERT_TRUE(wait.start(
+        QStringLiteral(CALLCTL), {QStringLiteral("wait"), QStringLiteral("active"), QStringLiteral("anna")}));
+    addCall("c1", active);
+    addCall("c2", ", 'Status': <5>, 'LineId': <'Anna'>");
+    changeCall("c2", "'Status': <1>");
+    EXPECT_EQ(wait.waitForExit(), 0);
+    EXPECT_EQ(text(wait.lines().join(QLatin1Char('|'))), "c2");
+}
+
+TEST_F(Callctl, WhatIsSoAlreadyIsNotWaitedFor)
+{
+    EXPECT_THAT(callctl("wait gone").output(), IsEmpty());
+    EXPECT_EQ(callctl("wait host").exitCode, 0);
+    addCall("c1", ", 'Status': <6>");
+    for (const char *condition : {"call", "ringing", "waiting", "call c1"})
+        EXPECT_THAT(callctl((std::string("wait ") + condition).c_str()).output(), ElementsAre("c1")) << condition;
+}
+
+TEST_F(Callctl, WaitsUntilACallHasGone)
+{
+    addCall("c1", active);
+    addCall("c2", ", 'Status': <1>, 'Uri': <'sip:c1@example.org'>");
+    Program wait;
+    ASSERT_TRUE(
+        wait.start(QStringLiteral(CALLCTL), {QStringLiteral("wait"), QStringLiteral("gone"), QStringLiteral("c1")}));
+    const Execution early = callctl("wait gone c1 --timeout 0.1");
+    EXPECT_EQ(early.exitCode, 1);
+    EXPECT_EQ(early.error, "callctl: 'gone c1' did not come within 0.1 s\n");
+    EXPECT_TRUE(wait.isRunning());
+    host.plugin(QStringLiteral("RemoveCall"), QStringLiteral("'c1'"));
+    EXPECT_EQ(wait.waitForExit(), 0);
 }
 
 TEST_F(Callctl, DialsWithAProvider) { expectDone("dial fake/1 123"); }
 
 TEST_F(Callctl, ARefusedDialGivesTheProvidersReason)
 {
-    expectError("dial fake/1 home", 1, "cannot dial 'home'");
+    expectError("dial fake/1 home", 1, "provider 'fake/1' refuses to dial 'home': cannot dial 'home'");
     expectError("dial x 1", 1, "No provider has the id 'x'; there are: fake/1");
 }
 
-TEST_F(Callctl, WordsBehindTwoDashesAreNoOptions) { expectError("dial -- fake/1 -1", 1, "cannot dial '-1'"); }
+TEST_F(Callctl, WordsBehindTwoDashesAreNoOptions)
+{
+    expectError("dial -- fake/1 -1", 1, "provider 'fake/1' refuses to dial '-1': cannot dial '-1'");
+}
 
 TEST_F(Callctl, SetsMuteAndDevices)
 {
@@ -303,6 +479,10 @@ TEST_F(Callctl, SetsMuteAndDevices)
     expectDone("output speaker");
     EXPECT_EQ(callctl("devices").output().back(), "Audio: input headset, output speaker, microphone muted");
     expectDone("mute off");
+    EXPECT_EQ(callctl("devices").output().back(), "Audio: input headset, output speaker, microphone open");
+    expectDone("mute toggle");
+    EXPECT_EQ(callctl("devices").output().back(), "Audio: input headset, output speaker, microphone muted");
+    expectDone("mute toggle");
     EXPECT_EQ(callctl("devices").output().back(), "Audio: input headset, output speaker, microphone open");
 }
 
@@ -314,18 +494,24 @@ TEST_F(Callctl, AnUnknownDeviceListsThoseThatFit)
 
 // --- Command line
 
-TEST(CallctlCommandLine, HelpFitsOnOneScreenAndNamesCommandsAndExitCodes)
+static QString documentation()
+{
+    QFile file(QStringLiteral(CALLCTL_DOCUMENTATION));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(file.readAll());
+}
+
+TEST(CallctlCommandLine, HelpFitsOnOneScreenAndTheDocumentationHasIt)
 {
     const Execution run = callctl("--help");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_LE(run.lines.size(), 24);
     for (const QString &line : run.lines)
         EXPECT_LE(line.size(), 80) << text(line);
-    const std::string all = text(run.lines.join(QLatin1Char('\n')));
-    for (const char *word : {"calls", "providers", "devices", "answer [ID]", "hangup [ID]", "hold [ID] on|off",
-             "dtmf [ID] TONES", "dial PROVIDER NUMBER", "mute on|off", "input ID", "output ID", "watch", "--json",
-             "Exit codes: 0 done, 1", "2 wrong", "3 no", "4 no such call"})
-        EXPECT_THAT(all, HasSubstr(word));
+    const QString all = QStringLiteral("    ") + run.lines.join(QStringLiteral("\n    "));
+    EXPECT_TRUE(documentation().contains(QString(all).replace(QLatin1String("    \n"), QLatin1String("\n"))));
+    for (const char *word : {"calls [--json]", "hangup [CALL] [--all]", "wait CONDITION", "Exit codes: 0 done, 1"})
+        EXPECT_THAT(text(all), HasSubstr(word));
 }
 
 TEST(CallctlCommandLine, TellsItsVersion)
@@ -342,33 +528,105 @@ static void expectUsageError(const char *arguments, const std::string &error)
 
 TEST(CallctlCommandLine, AnUnknownCommandListsThoseThereAre)
 {
-    const std::string all
-        = "there are: calls, providers, devices, answer, hangup, hold, dtmf, dial, mute, input, output, watch";
+    const std::string all = "there are: calls, providers, devices, answer, hangup, hold, swap, dtmf, dial, mute, "
+                            "input, output, wait, watch";
     expectUsageError("listen", "there is no command 'listen'; " + all);
     expectUsageError("", "a command is needed; " + all);
 }
 
 TEST(CallctlCommandLine, AnUnknownOptionIsNamed)
 {
-    expectUsageError("calls --xml", "there is no option '--xml'; there are --json, --help and --version");
+    expectUsageError(
+        "calls --xml", "there is no option '--xml'; there are --json, --force, --all, --timeout, --help and --version");
 }
 
 TEST(CallctlCommandLine, WrongArgumentsAreAnsweredWithTheRightUse)
 {
     const std::string wrong = "this is not how it is used; right is: callctl ";
-    expectUsageError("calls x", wrong + "calls");
-    expectUsageError("answer a b", wrong + "answer [ID]");
-    expectUsageError("hold", wrong + "hold [ID] on|off");
-    expectUsageError("dtmf", wrong + "dtmf [ID] TONES");
+    expectUsageError("calls x", wrong + "calls [--json]");
+    expectUsageError("answer a b", wrong + "answer [CALL]");
+    expectUsageError("hold", wrong + "hold [CALL] on|off [--force]");
+    expectUsageError("dtmf", wrong + "dtmf [CALL] TONES");
     expectUsageError("dial x", wrong + "dial PROVIDER NUMBER");
-    expectUsageError("mute", wrong + "mute on|off");
-    expectUsageError("input", wrong + "input ID");
-    expectUsageError("output a b", wrong + "output ID");
+    expectUsageError("mute", wrong + "mute on|off|toggle");
+    expectUsageError("input", wrong + "input INPUT");
+    expectUsageError("output a b", wrong + "output OUTPUT");
 }
 
-TEST(CallctlCommandLine, JsonGoesWithListsOnly)
+TEST(CallctlCommandLine, OptionsGoWithTheirCommandsOnly)
 {
-    expectUsageError("answer --json", "--json goes with calls, providers and devices only");
+    expectUsageError("answer --json", "--json does not go with 'answer'; right is: callctl answer [CALL]");
+    expectUsageError("hangup --force", "--force does not go with 'hangup'; right is: callctl hangup [CALL] [--all]");
+    expectUsageError("calls --all", "--all does not go with 'calls'; right is: callctl calls [--json]");
+}
+
+TEST(CallctlCommandLine, WaitTakesAConditionAndSeconds)
+{
+    const std::string all = "there are: host, call, ringing, incoming, waiting, dialing, alerting, active, held,"
+                            " disconnected, gone";
+    expectUsageError("wait rings", "there is no condition 'rings'; " + all);
+    expectUsageError("wait host c1", "the condition 'host' is about no call");
+    for (const char *wrong : {"x", "-1", "nan", "1e9"})
+        expectUsageError((std::string("wait call --timeout ") + wrong).c_str(),
+            std::string("--timeout takes a number of seconds from 0 to 1000000, not '") + wrong + "'");
+    expectUsageError("wait call --timeout", "--timeout takes a number of seconds from 0 to 1000000, not ''");
+}
+
+// --- Completion
+
+// What bash offers for a line, with the shipped file, as when Tab is pressed at its end.
+static std::vector<std::string> completions(const QString &line)
+{
+    const QString script = QStringLiteral("PATH=\"$(dirname \"$1\"):$PATH\"; source \"$2\"; COMP_LINE=$3;"
+                                          " COMP_POINT=${#3}; _callctl; printf '%s\\n' \"${COMPREPLY[@]}\"");
+    const Execution run(QStringLiteral("bash"),
+        {QStringLiteral("-c"), script, QStringLiteral("bash"), QStringLiteral(CALLCTL),
+            QStringLiteral(CALLCTL_COMPLETION), line},
+        {});
+    EXPECT_EQ(run.error, "");
+    return run.output();
+}
+
+static std::vector<std::string> completions(const char *line) { return completions(QString::fromUtf8(line)); }
+
+TEST_F(Callctl, BashCompletesCommandsWordsAndOptions)
+{
+    EXPECT_THAT(completions("callctl d"), ElementsAre("devices", "dtmf", "dial"));
+    EXPECT_THAT(completions("callctl --v"), ElementsAre("--version"));
+    EXPECT_THAT(completions("callctl mute "), ElementsAre("on", "off", "toggle"));
+    EXPECT_THAT(completions("callctl hold --"), ElementsAre("--force"));
+    EXPECT_THAT(completions("callctl wait re"), ElementsAre(""));
+    EXPECT_THAT(completions("callctl wait ri"), ElementsAre("ringing"));
+    EXPECT_THAT(completions("callctl frobnicate "), ElementsAre(""));
+}
+
+TEST_F(Callctl, BashCompletesWhatTheHostHas)
+{
+    addCall("c1", active);
+    addCall("c2", active);
+    host.plugin(QStringLiteral("AddProvider"), QStringLiteral("'ringlet/:1.7@/calls'"));
+    EXPECT_THAT(completions("callctl answer "), ElementsAre("c1", "c2"));
+    EXPECT_THAT(completions("callctl hold c"), ElementsAre("c1", "c2"));
+    EXPECT_THAT(completions("callctl hold c1 o"), ElementsAre("on", "off"));
+    EXPECT_THAT(completions("callctl hold o"), ElementsAre("on", "off"));
+    EXPECT_THAT(completions("callctl wait gone c2"), ElementsAre("c2"));
+    EXPECT_THAT(completions("callctl input "), ElementsAre("microphone", "headset"));
+    EXPECT_THAT(completions("callctl output s"), ElementsAre("speaker"));
+    EXPECT_THAT(completions("callctl dial "), ElementsAre("fake/1", "ringlet/:1.7@/calls"));
+    // Bash has split the word at the colon, and keeps what stands before.
+    EXPECT_THAT(completions("callctl dial ringlet/:1"), ElementsAre("1.7@/calls"));
+}
+
+TEST_F(Callctl, WhatAShellWouldActOnIsNotOffered)
+{
+    host.plugin(QStringLiteral("AddProvider"), QStringLiteral("'x;reboot'"));
+    host.plugin(QStringLiteral("AddProvider"), QStringLiteral("'x$(id)'"));
+    EXPECT_THAT(completions("callctl dial "), ElementsAre("fake/1"));
+}
+
+TEST(CallctlWithoutAHost, CompletionNeitherWaitsNorComplains)
+{
+    EXPECT_THAT(completions("callctl answer "), ElementsAre(""));
 }
 
 // --- No host
@@ -386,7 +644,8 @@ TEST(CallctlWithoutAHost, SaysHowToStartIt)
 
 TEST(CallctlWithoutAHost, AudioAndDialSaySoToo)
 {
-    for (const char *command : {"mute on", "input x", "output x", "dial a b"}) {
+    for (const char *command :
+        {"mute on", "mute toggle", "input x", "output x", "dial a b", "wait call --timeout 0.1"}) {
         const Execution run = callctl(command);
         EXPECT_EQ(run.exitCode, 3) << command << '\n' << run.error;
         EXPECT_THAT(run.error, HasSubstr("start it with 'voicecalld'"));
@@ -398,6 +657,26 @@ TEST(CallctlWithoutAHost, AMissingBusIsNamed)
     const Execution run(QStringLiteral("calls"), {QStringLiteral("DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere/bus")});
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_EQ(run.error.find("callctl: no session bus: "), 0u) << run.error;
+    EXPECT_THAT(run.error, HasSubstr("; DBUS_SESSION_BUS_ADDRESS is 'unix:path=/nowhere/bus', where no bus answers\n"));
+}
+
+TEST(CallctlWithoutAHost, AMissingAddressIsNamed)
+{
+    const Execution run(QStringLiteral("env"),
+        {QStringLiteral("-u"), QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("-u"),
+            QStringLiteral("DISPLAY"), QStringLiteral("XDG_RUNTIME_DIR=/nowhere"), QStringLiteral(CALLCTL),
+            QStringLiteral("calls")},
+        {});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.error, HasSubstr("; DBUS_SESSION_BUS_ADDRESS is not set: run callctl inside the desktop session"));
+}
+
+TEST(CallctlWithoutAHost, WaitsForOne)
+{
+    Program wait;
+    ASSERT_TRUE(wait.start(QStringLiteral(CALLCTL), {QStringLiteral("wait"), QStringLiteral("host")}));
+    StubHost host(StubHost::Mood::Answers);
+    EXPECT_EQ(wait.waitForExit(), 0);
 }
 
 TEST(CallctlWithoutAHost, AHostThatDoesNotAnswerIsGivenUp)

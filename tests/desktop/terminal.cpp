@@ -13,6 +13,7 @@
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 static winsize sizeOf(int columns, int rows)
@@ -53,11 +54,25 @@ void Terminal::resize(int columns, int rows)
     ioctl(m_master, TIOCSWINSZ, &size);
 }
 
-void Terminal::interrupt()
+void Terminal::press(const QByteArray &keys)
 {
-    const char controlC = 3;
-    if (write(m_master, &controlC, 1) != 1)
+    if (write(m_master, keys.constData(), size_t(keys.size())) != keys.size())
         throw std::runtime_error("cannot write to the pseudo-terminal");
+}
+
+bool Terminal::echoes() const
+{
+    termios mode = {};
+    tcgetattr(m_master, &mode);
+    return (mode.c_lflag & ECHO) && (mode.c_lflag & ICANON);
+}
+
+void Terminal::signal(int number) const { kill(m_pid, number); }
+
+bool Terminal::isStopped() const
+{
+    int status = 0;
+    return waitpid(m_pid, &status, WNOHANG | WUNTRACED) == m_pid && WIFSTOPPED(status);
 }
 
 QByteArray Terminal::raw()

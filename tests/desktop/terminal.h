@@ -22,8 +22,20 @@ public:
     /** Changes the size, which the program is told by signal. */
     void resize(int columns, int rows);
 
+    /** Types these characters. */
+    void press(const QByteArray &keys);
+
     /** Presses Ctrl-C. */
-    void interrupt();
+    void interrupt() { press("\003"); }
+
+    /** Whether typed characters are shown, as a shell expects it. */
+    bool echoes() const;
+
+    /** Sends the program a signal. */
+    void signal(int number) const;
+
+    /** Whether the program is stopped, as by Ctrl-Z. */
+    bool isStopped() const;
 
     /** Waits until the screen shows exactly these lines; what it shows in the end. */
     QStringList waitForScreen(const QStringList &lines);

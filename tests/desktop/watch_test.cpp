@@ -455,25 +455,33 @@ protected:
         EXPECT_EQ(texts(terminal.waitForScreen(lines)), texts(lines));
     }
 
+    // With what the keys do in the last line.
+    void expectTable(Terminal &terminal, const QStringList &lines)
+    {
+        expectScreen(terminal, lines + QStringList(hint));
+    }
+
+    const QString hint = QStringLiteral("a answer, x hang up, h hold, m mute, Up and Down choose, q quit");
+
     const QString audioLine = QStringLiteral("Audio: input microphone, output earpiece, microphone open");
 };
 
 TEST_F(ScreenOfWatch, KeepsOneTableUpToDateInItsPlace)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
-    expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
     addCall("c1", ", 'Status': <5>, 'Incoming': <true>, 'LineId': <'Anna'>, 'Uri': <'sip:a'>, 'AppId': <'app'>");
     const QString head = QStringLiteral("ID  STATUS    DIRECTION  NAME  ADDRESS  APPLICATION  DURATION");
-    expectScreen(
+    expectTable(
         terminal, {head, QStringLiteral("c1  incoming  incoming   Anna  sip:a    app          0:00"), audioLine});
     addCall("c2", ", 'Status': <2>, 'Duration': <9>");
-    expectScreen(terminal,
+    expectTable(terminal,
         {head, QStringLiteral("c1  incoming  incoming   Anna  sip:a    app          0:00"),
             QStringLiteral("c2  held      outgoing                               0:09"), audioLine});
     removeCall("c1");
     removeCall("c2");
     audio("Audio1.SetMicrophoneMuted", "true");
-    expectScreen(terminal,
+    expectTable(terminal,
         {QStringLiteral("No calls."), QStringLiteral("Audio: input microphone, output earpiece, microphone muted")});
     terminal.interrupt();
     EXPECT_EQ(terminal.waitForExit(), 0);
@@ -481,15 +489,28 @@ TEST_F(ScreenOfWatch, KeepsOneTableUpToDateInItsPlace)
 
 TEST_F(ScreenOfWatch, CutsLongTextsToTheTerminalAndFollowsItsSize)
 {
-    addCall("c1", ", 'Status': <1>, 'LineId': <'A very long name indeed'>, 'Uri': <'sip:short'>");
+    addCall("c1", ", 'Status': <1>, 'LineId': <'A very long name indeed'>, 'Uri': <'sip:short'>, 'AppId': <'app'>");
     Terminal terminal(CALLCTL, "watch", 68, 24);
-    expectScreen(terminal,
+    expectTable(terminal,
         {QStringLiteral("ID  STATUS  DIRECTION  NAME         ADDRESS    APPLICATION  DURATION"),
-            QStringLiteral("c1  active  outgoing   A very lon…  sip:short               0:00"), audioLine});
+            QStringLiteral("c1  active  outgoing   A very lon…  sip:short  app          0:00"), audioLine});
     terminal.resize(100, 24);
-    expectScreen(terminal,
+    expectTable(terminal,
         {QStringLiteral("ID  STATUS  DIRECTION  NAME                     ADDRESS    APPLICATION  DURATION"),
-            QStringLiteral("c1  active  outgoing   A very long name indeed  sip:short               0:00"), audioLine});
+            QStringLiteral("c1  active  outgoing   A very long name indeed  sip:short  app          0:00"), audioLine});
+}
+
+TEST_F(ScreenOfWatch, ColumnsThatAreEmptyGiveWayFirst)
+{
+    addCall("c1", ", 'Status': <1>, 'LineId': <'A very long name indeed'>");
+    Terminal terminal(CALLCTL, "watch", 72, 24);
+    expectTable(terminal,
+        {QStringLiteral("ID  STATUS  DIRECTION  NAME                     ADDRESS  DURATION"),
+            QStringLiteral("c1  active  outgoing   A very long name indeed           0:00"), audioLine});
+    terminal.resize(64, 24);
+    expectTable(terminal,
+        {QStringLiteral("ID  STATUS  DIRECTION  NAME                     DURATION"),
+            QStringLiteral("c1  active  outgoing   A very long name indeed  0:00"), audioLine});
 }
 
 TEST_F(ScreenOfWatch, LeavesOutWhatDoesNotFitInHeight)
@@ -539,22 +560,123 @@ TEST_F(ScreenOfWatch, DrawsAtMostTenTimesASecond)
 TEST_F(ScreenOfWatch, SaysThatTheHostIsGoneAndShowsItAgain)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
-    expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
     EXPECT_EQ(host.end(), 0);
-    expectScreen(terminal, {QStringLiteral("voicecalld is gone; waiting for it to come back")});
+    expectScreen(terminal, {QStringLiteral("voicecalld is gone; waiting for it")});
     startHost();
-    expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
 }
 
 TEST_F(ScreenOfWatch, ANameCannotSendSequencesToTheTerminal)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
-    expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
     addCall("c1", ", 'LineId': <'x\\u001b]0;title\\u0007\\u001b[31m'>");
     const QString head = QStringLiteral("ID  STATUS  DIRECTION  NAME              ADDRESS  APPLICATION  DURATION");
-    expectScreen(terminal,
+    expectTable(terminal,
         {head, QStringLiteral("c1  null    outgoing   x\ufffd]0;title\ufffd\ufffd[31m                        0:00"),
             audioLine});
     EXPECT_THAT(terminal.raw().toStdString(), Not(HasSubstr("\033]")));
     EXPECT_THAT(terminal.raw().toStdString(), Not(HasSubstr("\007")));
+}
+
+// --- Keys
+
+TEST_F(ScreenOfWatch, WaitsForAHost)
+{
+    EXPECT_EQ(host.end(), 0);
+    Terminal terminal(CALLCTL, "watch", 140, 24);
+    expectScreen(terminal,
+        {QStringLiteral("voicecalld is not running: nobody owns org.tarnwickle.voicecall on the session bus; start it"
+                        " with 'voicecalld'; waiting for it")});
+    startHost();
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
+}
+
+TEST_F(ScreenOfWatch, KeysAreNotEchoedAndTheTerminalIsGivenBack)
+{
+    for (const char *end : {"\003", "q"}) {
+        Terminal terminal(CALLCTL, "watch", 100, 24);
+        expectTable(terminal, {QStringLiteral("No calls."), audioLine});
+        EXPECT_FALSE(terminal.echoes());
+        terminal.press("zzz");
+        terminal.press(end);
+        EXPECT_EQ(terminal.waitForExit(), 0);
+        EXPECT_TRUE(terminal.echoes());
+        const QByteArray all = terminal.raw();
+        EXPECT_FALSE(all.contains("zzz") || all.contains("^C"));
+        EXPECT_TRUE(all.endsWith('\n'));
+    }
+}
+
+TEST_F(ScreenOfWatch, TheTerminalIsGivenBackWhileItIsStopped)
+{
+    Terminal terminal(CALLCTL, "watch", 100, 24);
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
+    terminal.signal(SIGTSTP);
+    ASSERT_TRUE(waitFor([&] { return terminal.isStopped(); }));
+    EXPECT_TRUE(terminal.echoes());
+    terminal.signal(SIGCONT);
+    ASSERT_TRUE(waitFor([&] { return !terminal.echoes(); }));
+    expectTable(terminal, {QStringLiteral("No calls."), audioLine});
+}
+
+class KeysOfWatch : public ScreenOfWatch
+{
+protected:
+    // Presses the keys, and waits until the plug-in has noted this.
+    void expectNote(Terminal &terminal, const char *keys, const std::string &note)
+    {
+        terminal.press(keys);
+        std::string all;
+        waitFor([&] { return (all += text(host.pluginNotes())).find(note) != std::string::npos; });
+        EXPECT_THAT(all, HasSubstr(note));
+    }
+};
+
+TEST_F(KeysOfWatch, DriveTheCallForWhichTheyMakeSense)
+{
+    addCall("c1", ", 'Status': <5>");
+    addCall("c2", ", 'Status': <1>, 'Holdable': <true>");
+    Terminal terminal(CALLCTL, "watch", 100, 24);
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("c2"); }));
+    expectNote(terminal, "a", "c1 answer");
+    expectNote(terminal, "h", "c2 hold true");
+    changeCall("c2", "'Status': <2>");
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("c2  held"); }));
+    expectNote(terminal, "h", "c2 hold false");
+    expectNote(terminal, "x", "c1 hangup");
+    expectNote(terminal, "m", "mute: ");
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("microphone muted"); }));
+    terminal.press("m");
+    EXPECT_TRUE(waitFor([&] { return host.property("Audio1", "MicrophoneMuted") == QLatin1String("<false>"); }));
+}
+
+TEST_F(KeysOfWatch, DriveTheCallThatIsChosen)
+{
+    for (const char *id : {"c1", "c2", "c3"})
+        addCall(id, ", 'Status': <1>");
+    Terminal terminal(CALLCTL, "watch", 100, 24);
+    const QString several
+        = QStringLiteral("several calls can be ended, name one by its id: c1 (active), c2 (active), c3 (active)");
+    const QString head = QStringLiteral("ID  STATUS  DIRECTION  NAME  ADDRESS  APPLICATION  DURATION");
+    const QString row = QStringLiteral("%1  active  outgoing                               0:00");
+    const QStringList rows
+        = {row.arg(QStringLiteral("c1")), row.arg(QStringLiteral("c2")), row.arg(QStringLiteral("c3"))};
+    expectTable(terminal, QStringList(head) + rows + QStringList(audioLine));
+    terminal.press("x");
+    expectTable(terminal, QStringList(head) + rows + QStringList({audioLine, several}));
+    terminal.press("\033[B");
+    terminal.raw();
+    const QStringList marked
+        = {QStringLiteral("> ") + rows.at(0), QStringLiteral("  ") + rows.at(1), QStringLiteral("  ") + rows.at(2)};
+    expectTable(terminal, QStringList(QStringLiteral("  ") + head) + marked + QStringList(audioLine));
+    terminal.press("\033[B");
+    expectNote(terminal, "x", "c2 hangup");
+    terminal.press("h");
+    expectTable(terminal,
+        {QStringLiteral("  ") + head, QStringLiteral("  ") + rows.at(0), QStringLiteral("> ") + rows.at(1),
+            QStringLiteral("  ") + rows.at(2), audioLine,
+            QStringLiteral(
+                "c2 (active) cannot be held, and would be ended instead")});
 }
