@@ -125,7 +125,12 @@ protected:
         return ask(path, "org.freedesktop.DBus.Introspectable", "Introspect").toStdString();
     }
 
-    void listen() { client.subscribe(QStringLiteral("type='signal',sender='%1'").arg(served.baseService())); }
+    /** To what is told from now on: an answer comes behind all that was told before. */
+    void listen()
+    {
+        property("GetAll", "''");
+        client.subscribe(QStringLiteral("type='signal',sender='%1'").arg(served.baseService()));
+    }
 
     /** The tree's signals so far: an answer comes behind them. */
     QStringList heard()

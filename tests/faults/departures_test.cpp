@@ -118,6 +118,7 @@ TEST_P(DepartureCell, Killed)
 {
     ASSERT_NO_FATAL_FAILURE(GetParam().reach(*this));
     beginDeparture();
+    faulty.setMayEnd();
     ASSERT_NO_FATAL_FAILURE(tellLast("die"));
     honest.makeCall();
 }

@@ -102,6 +102,14 @@ void Program::report(const char *what)
                   << errorOutput().right(4000).toStdString();
 }
 
+void Program::setMayEnd(qint64 processId)
+{
+    for (Program *program : qAsConst(programs())) {
+        if (program->processId() == processId)
+            program->setMayEnd();
+    }
+}
+
 bool Program::reportLost()
 {
     bool found = false;

@@ -36,6 +36,9 @@ public:
     /** It may end in any way from now on: the test looks for itself. */
     void setMayEnd() { m_mayEnd = true; }
 
+    /** The same for the program of this process id, if there is one. */
+    static void setMayEnd(qint64 processId);
+
     /** Adds a failure for each program that is lost; whether there is one that was lost at any time. */
     static bool reportLost();
 
