@@ -12,7 +12,7 @@
 #include <sys/resource.h>
 
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::StartsWith;
 
 TEST(UnixSignalsTest, SignalsReachTheEventLoop)
 {
@@ -50,34 +50,28 @@ TEST(UnixSignalsTest, SaysWhyItCannotWork)
     EXPECT_EQ(error.toStdString(), "cannot watch for signals: Too many open files");
 }
 
-// Qt itself gives up below 5 files. A program that has enough for its signals says what else is missing.
-struct Needs
-{
-    const char *program;
-    const char *complaint;
-};
-
-void PrintTo(const Needs &needs, std::ostream *stream) { *stream << needs.program; }
-
-class ProgramWithFewFiles : public testing::TestWithParam<std::tuple<Needs, int>>
+// Qt itself gives up below 5 files. Which of the things that it then lacks a program tells of, it may decide.
+class ProgramWithFewFiles : public testing::TestWithParam<std::tuple<const char *, int>>
 {
 };
 
 TEST_P(ProgramWithFewFiles, SaysSoAndDoesNotCrash)
 {
-    const auto &[needs, files] = GetParam();
-    QStringList command = {QStringLiteral("--nofile=%1").arg(files), QString::fromUtf8(needs.program)};
-    if (QByteArray(needs.program).endsWith("callctl"))
+    const auto &[file, files] = GetParam();
+    QStringList command = {QStringLiteral("--nofile=%1").arg(files), QString::fromUtf8(file)};
+    if (QByteArray(file).endsWith("callctl"))
         command.append(QStringLiteral("watch"));
     Program program;
     ASSERT_TRUE(program.start(QStringLiteral("prlimit"), command));
-    EXPECT_EQ(program.waitForExit(), 1);
-    EXPECT_THAT(program.errorOutput().toStdString(), HasSubstr(needs.complaint));
+    EXPECT_GT(program.waitForExit(), 0);
+    EXPECT_THAT(program.errorOutput().toStdString(),
+        StartsWith(QByteArray(file).mid(QByteArray(file).lastIndexOf('/') + 1).toStdString() + ": "));
 }
 
-static const char *const noSignals = ": cannot watch for signals: Too many open files\n";
-
 INSTANTIATE_TEST_SUITE_P(Of, ProgramWithFewFiles,
-    testing::Combine(testing::Values(Needs{VOICECALLD, "voicecalld: "}, Needs{CALLCTL, noSignals},
-                         Needs{RINGLET_SIM, noSignals}, Needs{RINGLET_BARESIP, noSignals}),
-        testing::Values(6, 7)));
+    testing::Combine(testing::Values(VOICECALLD, CALLCTL, RINGLET_SIM, RINGLET_BARESIP), testing::Values(6, 7)),
+    [](const auto &info) {
+        const QByteArray file = std::get<0>(info.param);
+        return file.mid(file.lastIndexOf('/') + 1).replace('-', '_').toStdString() + "_"
+            + std::to_string(std::get<1>(info.param));
+    });
