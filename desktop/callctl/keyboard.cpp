@@ -4,6 +4,7 @@
 #include "keyboard.h"
 
 #include <QtCore/QSocketNotifier>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -36,7 +37,8 @@ void Keyboard::take()
         return;
     termios silent = d->before;
     silent.c_lflag &= ~tcflag_t(ECHO | ICANON);
-    silent.c_cc[VMIN] = 1;
+    // Ctrl-C drops what was typed, perhaps between the moment it was seen and that of reading.
+    silent.c_cc[VMIN] = 0;
     silent.c_cc[VTIME] = 0;
     tcsetattr(STDIN_FILENO, TCSANOW, &silent);
     d->isTaken = true;
@@ -54,11 +56,17 @@ void Keyboard::release()
     tcsetattr(STDIN_FILENO, TCSANOW, &d->before);
 }
 
+static bool isHungUp()
+{
+    pollfd terminal = {STDIN_FILENO, POLLIN, 0};
+    return poll(&terminal, 1, 0) > 0 && (terminal.revents & (POLLHUP | POLLERR | POLLNVAL));
+}
+
 void Keyboard::readKeys()
 {
     char buffer[64];
     const ssize_t count = read(STDIN_FILENO, buffer, sizeof buffer);
-    if (count <= 0)
+    if (count < 0 || (count == 0 && isHungUp()))
         return d->notifier.setEnabled(false);
     for (ssize_t i = 0; i < count; ++i)
         takeByte(buffer[i]);

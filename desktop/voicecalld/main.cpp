@@ -8,9 +8,20 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
+#include <malloc.h>
+
+// What large messages took goes back to the system. By itself the allocator keeps ever larger blocks, once some of that
+// size have been freed, for good.
+static void giveMemoryBack()
+{
+    constexpr int largeBlock = 64 * 1024;
+    mallopt(M_MMAP_THRESHOLD, largeBlock);
+    mallopt(M_TRIM_THRESHOLD, largeBlock);
+}
 
 int main(int argc, char *argv[])
 {
+    giveMemoryBack();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("voicecalld"));
     QCoreApplication::setApplicationVersion(QStringLiteral(RINGLET_VERSION));

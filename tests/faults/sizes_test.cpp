@@ -47,7 +47,7 @@ protected:
 
 TEST_F(SizeCell, AHundredRegistrationsWithLongPathsInABurst)
 {
-    memoryBound = 512 * 1024;
+    memoryBound = 64 * 1024;
     ASSERT_NO_FATAL_FAILURE(flood("paths 100 900000"));
     honest.makeCall();
 }

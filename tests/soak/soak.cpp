@@ -49,7 +49,7 @@ Soak::Soak(const Options &options)
 bool Soak::run()
 {
     startHost();
-    const Inventory alone = take();
+    const Inventory alone = atRest();
     m_load.welcomeResident();
     const Inventory begin = atRest();
     m_clock.start();
