@@ -64,8 +64,8 @@ static std::unique_ptr<CallProxy> checkedCall(const CommandLine &line, Deed deed
     if (objection.isEmpty() || line.has("--force"))
         return proxyOf(path);
     const bool canBeForced = deed == Deed::Hold || deed == Deed::TakeBack;
-    throw Failure(ExitCode::NotDone,
-        canBeForced ? objection + QStringLiteral("; --force asks for it nevertheless") : objection);
+    throw Failure(
+        ExitCode::NotDone, canBeForced ? objection + QStringLiteral("; --force asks for it nevertheless") : objection);
 }
 
 static bool onOff(const QString &word)

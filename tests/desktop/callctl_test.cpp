@@ -352,7 +352,8 @@ TEST_F(Callctl, SaysWhenACommandCouldHaveNoEffect)
     expectError("dtmf c1 1", 1, "c1 (active) takes no tones");
     expectError("hold c2 on", 1, "c2 (held) is held already; --force asks for it nevertheless");
     expectError("hold c1 off", 1, "c1 (active) is not held; --force asks for it nevertheless");
-    expectError("hold c4 on", 1, "c4 (incoming) is not active, and only an active call can be held; --force asks for it nevertheless");
+    expectError("hold c4 on", 1,
+        "c4 (incoming) is not active, and only an active call can be held; --force asks for it nevertheless");
     expectError("hangup c3", 1, "c3 (disconnected) has ended already");
     EXPECT_EQ(notes(), "([],)");
 }

@@ -677,6 +677,5 @@ TEST_F(KeysOfWatch, DriveTheCallThatIsChosen)
     expectTable(terminal,
         {QStringLiteral("  ") + head, QStringLiteral("  ") + rows.at(0), QStringLiteral("> ") + rows.at(1),
             QStringLiteral("  ") + rows.at(2), audioLine,
-            QStringLiteral(
-                "c2 (active) cannot be held, and would be ended instead")});
+            QStringLiteral("c2 (active) cannot be held, and would be ended instead")});
 }
