@@ -31,6 +31,8 @@ static QString holdText(const QVariantList &arguments)
     return QStringLiteral("command hold ") + onOff(arguments.at(0).toBool());
 }
 
+static constexpr int keptTones = 10000;
+
 static QString tonesText(const QVariantList &arguments)
 {
     return QStringLiteral("command tones ") + quoted(arguments.at(0).toString());
@@ -81,7 +83,8 @@ SimulatedCall::SimulatedCall(Call &call, const QString &label, EventLog &events)
     connect(&call, &Call::answerRequested, this, &SimulatedCall::answer);
     connect(&call, &Call::rejectRequested, this, &SimulatedCall::end);
     connect(&call, &Call::holdRequested, this, &SimulatedCall::setHold);
-    connect(&call, &Call::tonesRequested, this, [this](const QString &tones) { m_tones += tones; });
+    connect(&call, &Call::tonesRequested, this,
+        [this](const QString &tones) { m_tones = (m_tones + tones).right(keptTones); });
 
     connect(&call, &Call::announced, this, [this] {
         m_isAnnounced = true;

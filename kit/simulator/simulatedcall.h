@@ -22,7 +22,7 @@ public:
 
     const Ringlet::Call &call() const { return m_call; }
 
-    /** All tones that the host has asked for so far. */
+    /** The tones that the host has asked for so far; of very many the last 10,000. */
     QString tones() const { return m_tones; }
 
     /** Any number. A disconnected call stays until end(). */

@@ -11,8 +11,10 @@
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::Gt;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Lt;
 
 namespace {
 
@@ -23,6 +25,8 @@ protected:
     {
         return program.start(RINGLET_SIM, arguments, environment);
     }
+
+    void sendTones(const QString &tones) { host.call(manager + "/call1", "zelkovar.Call.DTMF1", "SendDTMF", {tones}); }
 
     std::string errors() { return program.errorOutput().toStdString(); }
 
@@ -231,6 +235,22 @@ TEST_F(Simulator, AnInterfaceThatTheCallLacksCannotBeCalled)
     EXPECT_EQ(host.call("/ringlet/sim/call1", "zelkovar.Call.DTMF1", "SendDTMF", {"1"}).errorName(),
         QString("org.freedesktop.DBus.Error.UnknownInterface"));
     EXPECT_THAT(linesThatStart("call1 command"), IsEmpty());
+}
+
+TEST_F(Simulator, WhatItPrintsCanDoNothingToATerminal)
+{
+    startSimulator({"--incoming", "sip:ann@example.org"});
+    const QString tones = QStringLiteral("1") + QChar(0x1b) + "[2J" + QChar(0x0b) + QChar(0x2028) + QChar(0x202e) + "2";
+    sendTones(tones);
+    EXPECT_TRUE(waitForLine("call1 command tones \"1\\u001b[2J\\u000b\\u2028\\u202e2\""));
+}
+
+TEST_F(Simulator, LongLinesAreCut)
+{
+    startSimulator({"--incoming", "sip:ann@example.org"});
+    sendTones(QString(1000000, '1'));
+    type("calls");
+    EXPECT_THAT(linesThatStart("call1 command tones \"111").value(0).size(), AllOf(Gt(1000), Lt(5000)));
 }
 
 TEST_F(Simulator, OnlyTheHostIsObeyedUnlessEverybodyIs)
