@@ -5,6 +5,7 @@
 #include "analysis/names.h"
 #include "analysis/variants.h"
 
+#include <algorithm>
 #include <deque>
 
 static const Rule tooEarly("audio", "request-too-early", Severity::Warning,
@@ -95,28 +96,36 @@ const Check request({Event::RequestSent}, [](const Occasion &o) {
         judgeDevices(o);
 });
 
+struct Turn
+{
+    Time at = 0;
+    bool flag = false;
+    bool isAsked = false; // by the application; else told by the host
+};
+
 struct Turns
 {
-    std::deque<std::pair<Time, bool>> flags;
+    std::deque<Turn> all;
 };
 
 // A turn is a mute flag, of whichever side, that is not the one before it.
-void turn(const Occasion &o, bool flag)
+void turn(const Occasion &o, bool flag, bool isAsked)
 {
     constexpr std::size_t toAndFro = 4;
-    auto &flags = o.call->memory.of<Turns>().flags;
-    if (!flags.empty() && flags.back().second == flag)
+    auto &all = o.call->memory.of<Turns>().all;
+    if (!all.empty() && all.back().flag == flag)
         return;
-    flags.emplace_back(o.now(), flag);
-    while (o.now() - flags.front().first > 1000 * milliseconds)
-        flags.pop_front();
-    if (flags.size() > toAndFro)
+    all.push_back({o.now(), flag, isAsked});
+    while (o.now() - all.front().at > 1000 * milliseconds)
+        all.pop_front();
+    const auto asked = std::count_if(all.begin(), all.end(), [](const Turn &one) { return one.isAsked; });
+    if (all.size() > toAndFro && asked > 1)
         o.report(echo, "Mute of " + o.call->path + " changed " + std::to_string(toAndFro) + " times within a second.");
 }
 
 const Check asked({Event::RequestSent}, [](const Occasion &o) {
     if (o.call && o.call->isKnown && o.message.member == "RequestMute" && o.message.signature == "b")
-        turn(o, g_variant_get_boolean(child(o.message.body, 0).get()));
+        turn(o, g_variant_get_boolean(child(o.message.body, 0).get()) != FALSE, true);
 });
 
 struct Microphone
@@ -166,7 +175,7 @@ const Check told({Event::AudioTold}, [](const Occasion &o) {
     const std::optional<bool> isMuted = flagOf(o.message);
     if (!isMuted)
         return;
-    turn(o, *isMuted);
+    turn(o, *isMuted, false);
     if (o.message.member == "UpdateAudioRouteState")
         judgeRestart(o, *isMuted);
     o.call->memory.of<Muted>().is = *isMuted;

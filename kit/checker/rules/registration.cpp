@@ -128,6 +128,26 @@ struct Gone
     std::map<unsigned, int> causes;
 };
 
+// All connections of a process that ends go one behind the other; only one that goes alone is a mistake.
+void lookWhoStays(const Occasion &o, const std::string &path, Time stayed)
+{
+    Finding finding;
+    finding.rule = &andLeft;
+    finding.application = o.application->name;
+    finding.who = o.analysis.describe(*o.application);
+    finding.path = path;
+    finding.what = "It registered " + path + " and left the bus " + std::to_string(stayed / milliseconds) + " ms later.";
+    finding.time = o.now();
+    finding.number = o.message.number;
+    o.analysis.schedule(o.now() + 500 * milliseconds,
+        [&analysis = o.analysis, &world = o.world, pid = o.application->pid, finding](Time) {
+            const bool isAlone = std::none_of(world.processes.begin(), world.processes.end(),
+                [pid](const auto &process) { return process.second == pid; });
+            if (!isAlone)
+                world.memory.of<Gone>().causes[pid] = analysis.findings().add(finding);
+        });
+}
+
 const Check leaving({Event::Left}, [](const Occasion &o) {
     const auto &managers = o.application->managers;
     const bool hadCalls = std::any_of(o.application->calls.begin(), o.application->calls.end(),
@@ -135,15 +155,8 @@ const Check leaving({Event::Left}, [](const Occasion &o) {
     if (managers.empty() || hadCalls || managers.begin()->second.wasListed)
         return;
     const Time stayed = o.now() - managers.begin()->second.registeredAt;
-    const auto isOfProcess = [&o](const auto &process) {
-        return process.second == o.application->pid && process.first != o.application->name;
-    };
-    const auto &processes = o.world.processes;
-    if (stayed < 2000 * milliseconds && o.application->pid != 0
-        && std::any_of(processes.begin(), processes.end(), isOfProcess))
-        o.world.memory.of<Gone>().causes[o.application->pid] = o.report(andLeft,
-            "It registered " + managers.begin()->first + " and left the bus " + std::to_string(stayed / milliseconds)
-                + " ms later.");
+    if (stayed < 2000 * milliseconds && o.application->pid != 0)
+        lookWhoStays(o, managers.begin()->first, stayed);
 });
 
 const Check unregistered({Event::Announced}, [](const Occasion &o) {
