@@ -89,6 +89,7 @@ class Application:
         self.call = self.path + "/c1"
         self.objects = {}
         self.exported = {}
+        self.is_shown = False
 
     # Starting
 
@@ -174,7 +175,9 @@ class Application:
     # What the host says
 
     def relayed(self, _bus, _sender, _path, _interface, _signal, arguments):
-        if arguments.unpack()[1] == self.call:
+        # Once, even if a mistake makes the host say it twice.
+        if arguments.unpack()[1] == self.call and not self.is_shown:
+            self.is_shown = True
             self.shown()
 
     def shown(self):

@@ -364,7 +364,7 @@ class RepliesInDisorder(Application):
 
 class GetsStuck(Application):
     """says nothing any more when it is answered"""
-    rule = why = "application-stuck"
+    rule = "application-stuck"
 
     def Accept(self, invocation, path):
         self.kept = invocation
@@ -373,19 +373,26 @@ class GetsStuck(Application):
 
 
 class AsksTooEarly(Application):
-    """sends RequestMute right behind the announcement"""
+    """sends RequestMute before the host knows of AudioControl1"""
     rule = "request-too-early"
+    status = 2
 
     def announce(self, path):
-        super().announce(path)
+        self.emit(self.path, MANAGER, "InterfacesAdded", "(oa{sa{sv}})", (path, {CALL: self.properties(), TONES: {}}))
         self.ask()
+        self.emit(self.path, MANAGER, "InterfacesAdded", "(oa{sa{sv}})", (path, {AUDIO: {}}))
+
+    def shown(self):
+        self.tell(5)
+        self.answered()
+        self.shown = lambda: None
 
     def ask(self):
         self.emit(self.call, AUDIO, "RequestMute", "(b)", (False,))
 
 
 class RoutesTooEarly(AsksTooEarly):
-    """sends RequestAudioRoute right behind the announcement"""
+    """sends RequestAudioRoute before the host knows of AudioControl1"""
 
     def ask(self):
         self.emit(self.call, AUDIO, "RequestAudioRoute", "(ss)", ("microphone", "earpiece"))
@@ -432,24 +439,6 @@ MADE = [
     asking("RoutesInDisorder", "route-swapped", "asks for output and input", "RequestAudioRoute", "(ss)",
            ("earpiece", "microphone")),
 ]
-
-
-class Echoes(Application):
-    """sends the host's mute back, turned round"""
-    rule = "mute-echo"
-    turns = 0
-
-    def answered(self):
-        self.ask(True)
-
-    def ask(self, muted):
-        self.emit(self.call, AUDIO, "RequestMute", "(b)", (muted,))
-
-    def UpdateAudioRoute(self, invocation, path, muted, *_):
-        self.reply(invocation)
-        if 0 < self.turns < 7:
-            self.ask(not muted)
-        self.turns += 1
 
 
 class TwoAtOnce(Application):

@@ -58,7 +58,6 @@ class RegistersAndLeaves(Application):
 class NeverRegisters(Application):
     """announces its call and has not registered"""
     rule = "not-registered"
-    why = "not-registered"
 
     def register(self):
         self.after(50, self.begin)
@@ -319,19 +318,20 @@ class AnnouncesAgainLater(Application):
         super().answered()
 
 
-class AnnouncesBeforeTheReply(Application):
-    """announces a call right behind the request to register"""
+class AnnouncesBeforeItRegisters(Application):
+    """announces a call right before it registers"""
     rule = "announced-too-early"
     why = "not-shown"
 
     def snapshot(self, *arguments):
-        arguments[-1].return_value(GLib.Variant("(a{oa{sa{sv}}})", ({} if not self.done else self.objects,)))
-        self.done = True
+        # The call is not in the first answer, but it is there.
+        arguments[-1].return_value(GLib.Variant("(a{oa{sa{sv}}})", (self.objects if self.is_asked else {},)))
+        self.is_asked = True
 
     def register(self):
-        self.done = False
-        super().register()
+        self.is_asked = False
         self.add(self.call)
+        super().register()
 
     def begin(self):
         pass

@@ -15,6 +15,8 @@ LONGEST = 7  # seconds that the longest of them takes, with what is waited for
 
 
 class Mistakes(unittest.TestCase):
+    maxDiff = None
+
     @classmethod
     def setUpClass(cls):
         with Stage() as stage:

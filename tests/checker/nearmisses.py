@@ -20,7 +20,8 @@ class AnswersABitLate(Application):
     """answers GetManagedObjects and commands after a tenth of a second"""
 
     def snapshot(self, *arguments):
-        self.after(100, lambda: super(AnswersABitLate, self).snapshot(*arguments))
+        objects = GLib.Variant("(a{oa{sa{sv}}})", (self.objects,))
+        self.after(100, lambda: arguments[-1].return_value(objects))
 
     def reply(self, invocation):
         self.after(100, lambda: super(AnswersABitLate, self).reply(invocation))
@@ -161,6 +162,7 @@ class HoldsTheFirst(Application):
         self.after(2500, self.over)
 
     def over(self):
+        del self.objects[self.path + "/c2"]
         self.tell(1, self.path + "/c2")
         self.emit(self.path, MANAGER, "InterfacesRemoved", "(oas)", (self.path + "/c2", [CALL, TONES, AUDIO]))
         self.end()

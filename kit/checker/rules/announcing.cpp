@@ -85,10 +85,14 @@ std::string registeredPaths(const Application &application)
 }
 
 // The application that registered, when this connection has not: one of the same process.
-const Application *registeredSibling(const Occasion &o)
+// Where the host has found nothing, it is that registration which is wrong.
+Application *registeredSibling(const Occasion &o)
 {
-    for (const Application *sibling : o.world.siblingsOf(*o.application)) {
-        if (!sibling->managers.empty())
+    if (!o.application->managers.empty())
+        return nullptr;
+    for (Application *sibling : o.world.siblingsOf(*o.application)) {
+        const auto manager = sibling->managers.find(o.managerPath);
+        if (manager != sibling->managers.end() && !manager->second.hasFailed)
             return sibling;
     }
     return nullptr;
@@ -98,8 +102,16 @@ std::string whereFrom(const Occasion &o)
 {
     if (!o.application->managers.empty() && !o.manager)
         return "from " + std::string(o.managerPath) + ", but " + registeredPaths(*o.application) + " is registered";
-    const Application *sibling = o.application->managers.empty() ? registeredSibling(o) : nullptr;
+    const Application *sibling = registeredSibling(o);
     return sibling ? "on the connection " + o.application->name + ", but " + sibling->name + " is registered" : "";
+}
+
+// The same call, as the connection knows it that is registered.
+void misplaced(const Occasion &o, int cause)
+{
+    o.call->cause = cause;
+    if (Application *sibling = registeredSibling(o))
+        sibling->calls.emplace(o.object, Call(std::string(o.object))).first->second.cause = cause;
 }
 
 const Check announced({Event::Announced}, [](const Occasion &o) {
@@ -113,7 +125,7 @@ const Check announced({Event::Announced}, [](const Occasion &o) {
             "InterfacesAdded for " + std::string(o.object) + " has the type \"" + std::string(o.message.signature)
                 + "\".");
     else if (!where.empty() && o.interfaces)
-        o.call->cause = o.report(elsewhere, "It announced " + std::string(o.object) + ' ' + where + '.');
+        misplaced(o, o.report(elsewhere, "It announced " + std::string(o.object) + ' ' + where + '.'));
 });
 
 void judgeRepeated(const Occasion &o)
@@ -136,6 +148,18 @@ const Check reported({Event::Reported}, [](const Occasion &o) {
         if (name != Names::call && Report::meantInterface(name).empty() && !Report::has(o.interfaces, name))
             o.report(callLate, name + " of " + std::string(o.object) + " was reported before zelkovar.Call.Call1.");
     }
+});
+
+const Check beforehand({Event::Announced}, [](const Occasion &o) {
+    if (!o.application->managers.empty() || !o.call || !o.application->isBorn)
+        return;
+    const std::string path(o.managerPath);
+    o.later(justNow, [path](const Occasion &later) {
+        const auto manager = later.application->managers.find(path);
+        if (manager != later.application->managers.end() && !later.call->isKnown && later.call->cause < 0)
+            later.call->cause = later.report(
+                tooSoon, later.call->path + " was announced before RegisterCallManager, and the host did not hear it.");
+    });
 });
 
 const Check early({Event::Reported}, [](const Occasion &o) {

@@ -102,7 +102,7 @@ void expectEffect(const Occasion &o)
             return;
         const std::string what = command.member + " of " + later.call->path
             + " came three seconds ago, and its status is " + std::string(Status::wordOf(later.call->sent)) + " still.";
-        later.report(command.member == "SetHold" && command.flag ? notKept : withoutEffect, what, command.member);
+        later.report(command.member == "SetHold" && command.flag ? notKept : withoutEffect, what);
     });
 }
 
@@ -110,6 +110,13 @@ bool isOpen(const Call &call, const Command &command)
 {
     return std::any_of(call.open.begin(), call.open.end(),
         [&command](const Command &other) { return other.serial == command.serial && other.number == command.number; });
+}
+
+// Whoever has let a command lie and gone on to speak does not answer commands; nothing blocks it.
+bool isSilent(const Occasion &o)
+{
+    return std::all_of(o.call->open.begin(), o.call->open.end(),
+        [&o](const Command &open) { return open.at > o.application->lastSent; });
 }
 
 const Check commanded({Event::Commanded, Event::AudioTold}, [](const Occasion &o) {
@@ -120,11 +127,11 @@ const Check commanded({Event::Commanded, Event::AudioTold}, [](const Occasion &o
     o.later(patience, [command](const Occasion &later) {
         if (!isOpen(*later.call, command))
             return;
-        if (later.application->lastSent < command.at)
+        if (isSilent(later))
             later.report(stuck, command.member + " came two seconds ago, and it has sent nothing since.");
         else
             later.report(unanswered,
-                command.member + " of " + later.call->path + " has not been answered for two seconds.", command.member);
+                command.member + " of " + later.call->path + " has not been answered for two seconds.");
     });
 });
 
@@ -132,8 +139,7 @@ const Check ended({Event::CallEnds}, [](const Occasion &o) {
     for (const Command &command : o.call->open) {
         if (o.message.member != "NameOwnerChanged" && o.now() - command.at > longEnough)
             o.report(unanswered,
-                command.member + " of " + o.call->path + " was not answered before the call was removed.",
-                command.member);
+                command.member + " of " + o.call->path + " was not answered before the call was removed.");
     }
 });
 
@@ -160,9 +166,9 @@ const Check failed({Event::CommandFailed}, [](const Occasion &o) {
     const std::string what
         = o.command->member + " of " + o.call->path + " was answered with " + std::string(o.message.error) + '.';
     if (o.command->member == "SetHold" && o.command->flag && o.call->isHoldable)
-        o.report(notKept, what, o.command->member);
+        o.report(notKept, what);
     else if (o.command->member != "SetHold" || o.call->isHoldable)
-        o.report(refused, what + (isUpdate(*o.command) ? " It offers the interface." : ""), o.command->member);
+        o.report(refused, what + (isUpdate(*o.command) ? " It offers the interface." : ""));
 });
 
 } // namespace

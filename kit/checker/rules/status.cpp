@@ -6,6 +6,7 @@
 #include "analysis/report.h"
 
 #include <algorithm>
+#include <utility>
 
 static const Rule tooEarly("status", "status-too-early", Severity::Error,
     {"A status was sent before the host listened.",
@@ -39,7 +40,7 @@ static const Rule unknown("status", "status-unknown", Severity::Error,
     {"A status is none of those that there are.", "The host shows a call without a status.",
         "Send 2 dialing, 3 incoming, 5 active, 7 held or 1 disconnected.", "signal StatusChanged (8)",
         "signal StatusChanged (1)"},
-    {"removed-without-status", "request-in-wrong-status", "status-impossible"});
+    {"removed-without-status", "request-in-wrong-status", "status-impossible", "status-differs"});
 
 static const Rule odd("status", "status-odd", Severity::Warning,
     {"A status was sent that stands for another one.",
@@ -155,21 +156,39 @@ const Check unheardOf({Event::StatusSent, Event::RequestSent}, [](const Occasion
 struct Correction
 {
     bool isAwaited = false;
+    bool isRelayed = false;
 };
 
-// The host's own report says which status it has read. Whoever then sends the right one does it well.
+std::optional<unsigned> relayedStatus(const Occasion &o)
+{
+    std::optional<unsigned> found;
+    const Variant properties = Report::propertiesOf(o.interfaces, Names::call);
+    forEachEntry(properties.get(), [&found](std::string_view name, GVariant *value) {
+        if (name == "Status")
+            found = Report::asNumber(value);
+    });
+    return found;
+}
+
+// The host's own report says which status it has read. Whoever then sends the right one does it well. A status may
+// have been heard though it was sent before, when the host happened to be quick.
 const Check relayed({Event::Relayed}, [](const Occasion &o) {
-    Call &call = *o.call;
-    if (call.status == call.sent)
+    const std::optional<unsigned> read = relayedStatus(o);
+    const unsigned sent = o.call->sent;
+    const bool isFirst = !std::exchange(o.call->memory.of<Correction>().isRelayed, true);
+    if (!isFirst || !read || *read == sent)
         return;
-    call.memory.of<Correction>().isAwaited = true;
-    const unsigned shown = call.status;
-    const unsigned wanted = call.sent;
+    const bool isHeard = o.call->status == sent;
+    o.call->memory.of<Correction>().isAwaited = true;
     o.later(700 * milliseconds, [=](const Occasion &later) {
-        if (later.call->memory.of<Correction>().isAwaited)
-            later.report(tooEarly,
-                "StatusChanged " + status(wanted) + " of " + later.call->path
-                    + " came right behind its announcement, and the host shows " + status(shown) + '.');
+        if (!later.call->memory.of<Correction>().isAwaited)
+            return;
+        const std::string what = "StatusChanged " + status(sent) + " of " + later.call->path
+            + " came right behind its announcement, ";
+        if (isHeard)
+            later.report(tooEarly, Severity::Warning, what + "and was heard by luck.");
+        else
+            later.report(tooEarly, what + "and the host shows " + status(*read) + '.');
     });
 });
 
@@ -194,7 +213,7 @@ const Check order({Event::StatusSent}, [](const Occasion &o) {
         o.report(impossible, o.call->path + " goes from " + status(before) + " to " + status(*o.status) + '.');
     else if (wasUp && isRinging)
         o.report(impossible, o.call->path + " rings again: from " + status(before) + " to " + status(*o.status) + '.');
-    else if (before == *o.status && o.call->status == before)
+    else if (before == *o.status && o.call->status == before && !o.call->memory.of<Correction>().isAwaited)
         o.report(repeated, o.call->path + " sends " + status(before) + " again.");
 });
 

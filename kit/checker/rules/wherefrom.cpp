@@ -21,7 +21,7 @@ static const Rule otherConnection("registration", "registered-other-connection",
         "Register and export on one connection; most libraries share one connection when they are asked for it.",
         "call RegisterCallManager (\"/calls\") from :1.7\nsignal InterfacesAdded from :1.8 /calls",
         "call RegisterCallManager (\"/calls\") from :1.8\nsignal InterfacesAdded from :1.8 /calls"},
-    {"*"});
+    {"not-announced", "announced-elsewhere", "status-elsewhere"});
 
 static const Rule tooEarly("registration", "registered-too-early", Severity::Warning,
     {"The object manager was exported behind the registration.",
