@@ -37,7 +37,8 @@ static const Rule notKept("commands", "hold-promised-not-kept", Severity::Error,
 static const Rule late("commands", "command-late", Severity::Warning,
     {"A command was answered late.", "Its effect comes later still, and whoever pressed the button presses it again.",
         "Reply first, and do what takes time from the main loop.", "call Accept → reply after half a second",
-        "call Accept → reply at once"});
+        "call Accept → reply at once"},
+    {"command-unanswered"});
 
 static const Rule outOfOrder("commands", "tones-out-of-order", Severity::Warning,
     {"Tones were answered in another order than that in which they came.",

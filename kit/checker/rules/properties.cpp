@@ -56,8 +56,7 @@ static const Rule descriptor("weight", "descriptor-in-property", Severity::Error
         "and "
         "all calls.",
         "Send names instead, such as the path of a picture.", "\"Photo\": <handle 0>",
-        "\"Photo\": <\"/usr/share/icons/ann.png\">"},
-    {"property-type"});
+        "\"Photo\": <\"/usr/share/icons/ann.png\">"});
 
 namespace {
 

@@ -50,6 +50,15 @@ const Check asked({Event::Asked}, [](const Occasion &o) {
     });
 });
 
+// Whoever leaves with the question lying was not going to answer it.
+const Check leaving({Event::Left}, [](const Occasion &o) {
+    for (const auto &[path, manager] : o.application->managers) {
+        if (manager.askedAt != 0 && !manager.isAnswered && !manager.hasFailed && o.now() - manager.askedAt > atOnce / 5)
+            o.report(unanswered, "It left the bus without having answered the host's GetManagedObjects at " + path + '.',
+                path);
+    }
+});
+
 const Check answered({Event::SnapshotAnswered}, [](const Occasion &o) {
     const Time took = o.now() - o.manager->askedAt;
     if (took > atOnce)
