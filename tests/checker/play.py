@@ -14,12 +14,14 @@ from application import Application, Person
 from gi.repository import GLib
 
 
-def table(name):
-    """The classes of the module that have a text, and so are meant to be played."""
+def table(argument):
+    """The classes of a module that have a text, and so are meant to be played; MODULE:NAME,NAME means only these."""
+    name, _, chosen = argument.partition(":")
     module = importlib.import_module(name)
     found = [value for value in vars(module).values()
              if isinstance(value, type) and issubclass(value, Application) and value.__module__ == name]
-    return [value for value in dict.fromkeys(found + list(getattr(module, "MADE", []))) if value.__doc__]
+    return [value for value in dict.fromkeys(found + list(getattr(module, "MADE", [])))
+            if value.__doc__ and (not chosen or value.__name__ in chosen.split(","))]
 
 
 def loop_until_the_end():

@@ -64,7 +64,8 @@ class Stage:
 
     def start(self, command, **options):
         options.setdefault("stderr", subprocess.DEVNULL)
-        program = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+        options.setdefault("stdout", subprocess.PIPE)
+        program = subprocess.Popen(command, stdin=subprocess.PIPE, text=True,
                                    env=getattr(self, "environment", None), **options)
         self.stack.callback(self.end, program)
         return program
@@ -98,11 +99,11 @@ class Stage:
                               timeout=2 * PATIENCE, check=False)
         return done.returncode, done.stdout, done.stderr
 
-    def checker(self, *arguments):
+    def checker(self, *arguments, **options):
         """Starts the checker and waits until it follows the bus."""
         log = self.folder / f"checker{len(list(self.folder.glob('checker*')))}"
         with open(log, "w", encoding="utf-8") as errors:
-            program = self.start([CHECKER, *arguments], stderr=errors)
+            program = self.start([CHECKER, *arguments], stderr=errors, **options)
         wait_for(lambda: "Ctrl-C" in log.read_text(encoding="utf-8"), "the checker follows the bus")
         return program
 

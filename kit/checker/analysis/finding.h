@@ -41,6 +41,9 @@ public:
     /** Notes that this, too, comes of a finding. */
     void follow(int cause, const std::string &text);
 
+    /** What was wrong has been put right: it is a note from now on. */
+    void soften(int index) { m_findings.at(static_cast<std::size_t>(index)).severity = Severity::Note; }
+
     const std::deque<Finding> &all() const { return m_findings; }
 
     /** Whether an error or a warning is among those that follow from no other. */

@@ -123,8 +123,7 @@ void Tracker::addReply(const Message &message)
     case Question::About::Process:
         return answerProcess(message, *question);
     case Question::About::HostOwner:
-        return changeHost(
-            message, message.signature == "s" ? textOf(child(message.body, 0).get()) : std::string_view());
+        return answerOwner(message);
     case Question::About::Command:
         return m_commands.answer(message, *question);
     case Question::About::HostCalls:
@@ -217,6 +216,13 @@ void Tracker::answerManagers(const Message &message)
         manager.registeredAt = message.time;
         manager.wasListed = manager.isReplied = manager.isAnswered = true;
     }
+}
+
+void Tracker::answerOwner(const Message &message)
+{
+    const bool isThere = message.kind == Message::Kind::Return && message.signature == "s";
+    const Variant owner = isThere ? child(message.body, 0) : nullptr;
+    changeHost(message, owner ? textOf(owner.get()) : std::string_view());
 }
 
 void Tracker::answerProcess(const Message &message, const Question &question)

@@ -29,6 +29,7 @@ private:
     void answerSnapshot(const Message &message, const Question &question);
     void answerProbe(const Message &message, const Question &question);
     void answerManagers(const Message &message);
+    void answerOwner(const Message &message);
     void answerProcess(const Message &message, const Question &question);
 
     void changeOwner(const Message &message);

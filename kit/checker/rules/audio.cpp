@@ -123,19 +123,23 @@ void turn(const Occasion &o, bool flag, bool isAsked)
         o.report(echo, "Mute of " + o.call->path + " changed " + std::to_string(toAndFro) + " times within a second.");
 }
 
+struct Muted
+{
+    bool is = false;
+    bool isAskedFor = false;
+};
+
 const Check asked({Event::RequestSent}, [](const Occasion &o) {
-    if (o.call && o.call->isKnown && o.message.member == "RequestMute" && o.message.signature == "b")
-        turn(o, g_variant_get_boolean(child(o.message.body, 0).get()) != FALSE, true);
+    if (!o.call || !o.call->isKnown || o.message.member != "RequestMute" || o.message.signature != "b")
+        return;
+    const bool isMuted = g_variant_get_boolean(child(o.message.body, 0).get()) != FALSE;
+    turn(o, isMuted, true);
+    o.call->memory.of<Muted>().isAskedFor = isMuted;
 });
 
 struct Microphone
 {
-    ByName<unsigned> muted; // paths of calls that were muted when the host went, with their status
-};
-
-struct Muted
-{
-    bool is = false;
+    ByName<bool> muted; // paths of calls that were muted when the host went, and whether they had asked for it
 };
 
 std::optional<bool> flagOf(const Message &message)
@@ -151,7 +155,7 @@ const Check lost({Event::HostLeft}, [](const Occasion &o) {
     Microphone &microphone = o.application->memory.of<Microphone>();
     for (auto &[path, call] : o.application->calls) {
         if (call.isKnown && !call.isGone && call.memory.of<Muted>().is)
-            microphone.muted[path] = call.sent;
+            microphone.muted[path] = call.memory.of<Muted>().isAskedFor;
     }
 });
 
@@ -161,13 +165,15 @@ void judgeRestart(const Occasion &o, bool isMuted)
     const auto before = muted.find(o.call->path);
     if (before == muted.end())
         return;
+    // Who muted it at the host may well look after it there.
+    const Severity severity = before->second ? Severity::Warning : Severity::Note;
     muted.erase(before);
     if (isMuted)
         return;
-    o.later(1000 * milliseconds, [](const Occasion &later) {
+    o.later(1000 * milliseconds, [severity](const Occasion &later) {
         const bool canAsk = Status::isActive(later.call->status) || later.call->status == Status::dialing;
         if (!later.call->memory.of<Muted>().is && !later.world.isMuted && canAsk)
-            later.report(opened, later.call->path + " was muted before the host was restarted, and is not now.");
+            later.report(opened, severity, later.call->path + " was muted before the host was restarted, and is not now.");
     });
 }
 

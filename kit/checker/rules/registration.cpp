@@ -5,6 +5,7 @@
 #include "analysis/names.h"
 
 #include <algorithm>
+#include <utility>
 
 static const Rule noHost("registration", "no-host", Severity::Error,
     {"There is no host on the bus at which to register.", "Without a host nobody shows calls.",
@@ -82,7 +83,11 @@ const Check called({Event::RegisterCalled}, [](const Occasion &o) {
         o.application->cause = o.report(callWrong, "It tried to register with the " + mistake + '.');
         return;
     }
-    o.application->cause = -1;
+    // Whoever waited for the host has done well.
+    Findings &findings = o.analysis.findings();
+    const int cause = std::exchange(o.application->cause, -1);
+    if (cause >= 0 && findings.all().at(static_cast<std::size_t>(cause)).rule == &noHost && !o.world.host.empty())
+        findings.soften(cause);
     const auto manager = o.application->managers.find(o.object);
     if (manager != o.application->managers.end())
         o.report(again, "It registered " + std::string(o.object) + " again.");

@@ -42,9 +42,10 @@ std::string at(const Occasion &o) { return "GetManagedObjects at " + std::string
 
 const Check asked({Event::Asked}, [](const Occasion &o) {
     const std::string path(o.object);
-    o.later(patience, [path](const Occasion &later) {
+    o.later(patience, [path, askedAt = o.now()](const Occasion &later) {
         const auto manager = later.application->managers.find(path);
-        if (manager != later.application->managers.end() && !manager->second.isAnswered && !manager->second.hasFailed)
+        // Another host may have asked since.
+        if (manager != later.application->managers.end() && manager->second.askedAt == askedAt && !manager->second.isAnswered && !manager->second.hasFailed)
             manager->second.cause
                 = later.report(unanswered, "The host's " + at(later) + " has not been answered for two seconds.", path);
     });
