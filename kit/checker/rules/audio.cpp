@@ -173,7 +173,8 @@ void judgeRestart(const Occasion &o, bool isMuted)
     o.later(1000 * milliseconds, [severity](const Occasion &later) {
         const bool canAsk = Status::isActive(later.call->status) || later.call->status == Status::dialing;
         if (!later.call->memory.of<Muted>().is && !later.world.isMuted && canAsk)
-            later.report(opened, severity, later.call->path + " was muted before the host was restarted, and is not now.");
+            later.report(
+                opened, severity, later.call->path + " was muted before the host was restarted, and is not now.");
     });
 }
 

@@ -131,16 +131,16 @@ const Check commanded({Event::Commanded, Event::AudioTold}, [](const Occasion &o
         if (isSilent(later))
             later.report(stuck, command.member + " came two seconds ago, and it has sent nothing since.");
         else
-            later.report(unanswered,
-                command.member + " of " + later.call->path + " has not been answered for two seconds.");
+            later.report(
+                unanswered, command.member + " of " + later.call->path + " has not been answered for two seconds.");
     });
 });
 
 const Check ended({Event::CallEnds}, [](const Occasion &o) {
     for (const Command &command : o.call->open) {
         if (o.message.member != "NameOwnerChanged" && o.now() - command.at > longEnough)
-            o.report(unanswered,
-                command.member + " of " + o.call->path + " was not answered before the call was removed.");
+            o.report(
+                unanswered, command.member + " of " + o.call->path + " was not answered before the call was removed.");
     }
 });
 

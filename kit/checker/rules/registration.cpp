@@ -141,7 +141,8 @@ void lookWhoStays(const Occasion &o, const std::string &path, Time stayed)
     finding.application = o.application->name;
     finding.who = o.analysis.describe(*o.application);
     finding.path = path;
-    finding.what = "It registered " + path + " and left the bus " + std::to_string(stayed / milliseconds) + " ms later.";
+    finding.what
+        = "It registered " + path + " and left the bus " + std::to_string(stayed / milliseconds) + " ms later.";
     finding.time = o.now();
     finding.number = o.message.number;
     o.analysis.schedule(o.now() + 500 * milliseconds,

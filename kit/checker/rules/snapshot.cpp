@@ -45,7 +45,8 @@ const Check asked({Event::Asked}, [](const Occasion &o) {
     o.later(patience, [path, askedAt = o.now()](const Occasion &later) {
         const auto manager = later.application->managers.find(path);
         // Another host may have asked since.
-        if (manager != later.application->managers.end() && manager->second.askedAt == askedAt && !manager->second.isAnswered && !manager->second.hasFailed)
+        if (manager != later.application->managers.end() && manager->second.askedAt == askedAt
+            && !manager->second.isAnswered && !manager->second.hasFailed)
             manager->second.cause
                 = later.report(unanswered, "The host's " + at(later) + " has not been answered for two seconds.", path);
     });
@@ -55,8 +56,8 @@ const Check asked({Event::Asked}, [](const Occasion &o) {
 const Check leaving({Event::Left}, [](const Occasion &o) {
     for (const auto &[path, manager] : o.application->managers) {
         if (manager.askedAt != 0 && !manager.isAnswered && !manager.hasFailed && o.now() - manager.askedAt > atOnce / 5)
-            o.report(unanswered, "It left the bus without having answered the host's GetManagedObjects at " + path + '.',
-                path);
+            o.report(unanswered,
+                "It left the bus without having answered the host's GetManagedObjects at " + path + '.', path);
     }
 });
 

@@ -183,8 +183,8 @@ const Check relayed({Event::Relayed}, [](const Occasion &o) {
     o.later(700 * milliseconds, [=](const Occasion &later) {
         if (!later.call->memory.of<Correction>().isAwaited)
             return;
-        const std::string what = "StatusChanged " + status(sent) + " of " + later.call->path
-            + " came right behind its announcement, ";
+        const std::string what
+            = "StatusChanged " + status(sent) + " of " + later.call->path + " came right behind its announcement, ";
         if (isHeard)
             later.report(tooEarly, Severity::Warning, what + "and was heard by luck.");
         else
