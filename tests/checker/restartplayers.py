@@ -125,3 +125,17 @@ class Echoes(Lasts):
         self.turns += 1
         if 0 < self.turns < 7 and self.status == 5:
             self.ask(not muted)
+
+
+class HoldsNothing(Lasts):
+    """says that it can be held and is not, whoever asks"""
+    rule = "hold-promised-not-kept"
+
+    def shown(self):
+        pass
+
+    def SetHold(self, invocation, path, hold):
+        self.reply(invocation)
+
+    def SendDTMF(self, invocation, path, tones):
+        self.reply(invocation)

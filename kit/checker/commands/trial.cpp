@@ -58,7 +58,8 @@ bool Trial::start(std::string *error)
     if (!error->empty() || !m_follower.start(error))
         return false;
     m_follower.keepAsking();
-    if (m_options.usesSession && m_follower.analysis().world().host.empty()) {
+    const World &world = m_follower.analysis().world();
+    if (m_options.usesSession && !waitFor([&world] { return !world.host.empty(); }, 1000)) {
         *error = "nobody owns the name " + m_options.host;
         return false;
     }
