@@ -24,6 +24,9 @@ EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 INTERFACE = "kit/client/RingletClient"
 KIT_SHARED = {INTERFACE, "kit/common"}
 
+# Inside the checker, a folder may include its own headers and those of the folders named.
+CHECKER = {"analysis": set(), "capture": {"analysis"}, "rules": {"analysis"}, "commands": {"analysis", "capture"}}
+
 # Headers that are generated from dbus/, and the folder of the plug-in that each belongs to.
 GENERATED = {
     "audiocontrolproxy.h": "src/audio",
@@ -73,6 +76,8 @@ def allowed(source, target):
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
         return other in ROOMS[room]
+    if own.startswith("kit/checker/") and target.startswith("kit/checker/"):
+        return target.split("/")[2] in CHECKER.get(own.split("/")[2], set())
     if room == "kit":
         return target in KIT_SHARED and own != INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]
