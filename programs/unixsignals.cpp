@@ -6,8 +6,8 @@
 #include <QtCore/QSocketNotifier>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
-#include <system_error>
 #include <unistd.h>
 
 // A handler may do next to nothing, but it may write to a pipe that the event loop watches.
@@ -22,16 +22,19 @@ static void onSignal(int number)
         errno = saved;
 }
 
-UnixSignals::UnixSignals(std::initializer_list<int> numbers) : m_numbers(numbers)
+UnixSignals::UnixSignals(std::initializer_list<int> numbers, Second second)
 {
-    if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) < 0)
-        throw std::system_error(errno, std::generic_category(), "cannot watch for signals");
+    if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) < 0) {
+        m_error = QStringLiteral("cannot watch for signals: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
+        return;
+    }
+    m_numbers = numbers;
     writeEnd = m_pipe[1];
     connect(new QSocketNotifier(m_pipe[0], QSocketNotifier::Read, this), &QSocketNotifier::activated, this,
         &UnixSignals::drain);
     struct sigaction action = {};
     action.sa_handler = onSignal;
-    action.sa_flags = SA_RESTART;
+    action.sa_flags = second == Second::EndsTheProcess ? int(SA_RESTART | SA_RESETHAND) : SA_RESTART;
     for (int number : numbers)
         sigaction(number, &action, nullptr);
 }
@@ -41,8 +44,10 @@ UnixSignals::~UnixSignals()
     for (int number : qAsConst(m_numbers))
         ::signal(number, SIG_DFL);
     writeEnd = -1;
-    close(m_pipe[0]);
-    close(m_pipe[1]);
+    for (int end : m_pipe) {
+        if (end >= 0)
+            close(end);
+    }
 }
 
 void UnixSignals::drain()

@@ -117,7 +117,7 @@ class Softphone:
         say(name, f"baresip is ready as {self.address}")
 
     def _configure(self, **values):
-        config = (TREE / "kit/examples/baresip/loopback.config").read_text(encoding="utf-8")
+        config = (TREE / "kit/baresip/loopback.config").read_text(encoding="utf-8")
         for key, value in values.items():
             config = config.replace(f"@{key}@", str(value))
         directory = pathlib.Path(self.directory)
@@ -222,7 +222,7 @@ def walk(demo, directory):
     ann = Softphone(demo, directory, ports, 0, "Ann", ANN_HERTZ, bridged=True)
     ben = Softphone(demo, directory, ports, 1, "Ben", BEN_HERTZ, bridged=False)
     bridge = demo.start(
-        "bridge", demo.path("kit/examples/baresip/ringlet-baresip"), "--control", f"{LOOPBACK}:{ann.control_port}"
+        "bridge", demo.path("kit/baresip/ringlet-baresip"), "--control", f"{LOOPBACK}:{ann.control_port}"
     )
     bridge.expect("^connected to baresip")
     bridge.expect("^host: registered")

@@ -6,14 +6,16 @@
 #include "measurements.h"
 #include "party.h"
 
+#include <algorithm>
 #include <atomic>
-#include <memory>
 #include <thread>
 
 namespace {
 
 constexpr int windowMs = 800;
-constexpr int turns = 20;
+// Fewer have no p99.
+constexpr int answersOfAWindow = 120;
+constexpr int rounds = 20;
 
 // Sends the status of a call as fast as the bus takes it, for as long as this lives.
 class Flood
@@ -72,55 +74,48 @@ struct Flooded
 
     Party party;
     Flood flood;
-    std::vector<double> quiet;
-    std::vector<double> flooded;
-    std::vector<double> worst; // of each window, of a hundred
-    std::vector<double> rates; // messages a second
+};
+
+// The rows of one way of logging.
+struct Rows
+{
+    Row quiet;
+    Row flooded;
+    Row rate;
 };
 
 // A while without the flood, and a while with it.
-void window(Flooded &flooded)
+void window(Flooded &flooded, Rows &rows, int round)
 {
+    const char *who = flooded.party.who();
     // Behind what has piled up.
     flooded.answer();
     for (int i = 0; i < 100; ++i)
-        flooded.quiet.push_back(flooded.answer());
+        rows.quiet.add(who, round, flooded.answer());
     const int64_t begin = now();
-    Samples answers;
     const int64_t sent = flooded.flood.during([&] {
-        while (now() - begin < int64_t(windowMs) * 1000000)
-            answers.values.push_back(flooded.answer());
+        for (int i = 0; i < answersOfAWindow || now() - begin < int64_t(windowMs) * 1000000; ++i)
+            rows.flooded.add(who, round, flooded.answer());
     });
-    flooded.flooded.insert(flooded.flooded.end(), answers.values.begin(), answers.values.end());
-    flooded.worst.push_back(answers.percentile(0.99));
-    flooded.rates.push_back(double(sent) * 1e9 / double(now() - begin));
-    flooded.answer();
+    rows.rate.add(who, round, double(sent) * 1e9 / double(now() - begin));
 }
 
 // With these logging rules, and this behind the rows' names.
 void measureWith(const Bench &bench, const std::string &logging, const std::string &suffix)
 {
-    std::vector<std::unique_ptr<Flooded>> all;
-    for (const Kind kind : {Kind::Bare, Kind::Plugin})
-        all.push_back(std::make_unique<Flooded>(bench, kind, logging));
-    for (int i = 0; i < (bench.isShort ? 1 : turns); ++i) {
-        for (const auto &flooded : all)
-            window(*flooded);
+    Rows rows = {{"answer, no flood" + suffix, 0, "ns", {}}, {"answer under flood" + suffix, 0, "ns", {}},
+        {"flood" + suffix, 0, "messages/s", {}}};
+    for (int round = 0; round < (bench.isShort ? 1 : rounds); ++round) {
+        std::vector<Kind> kinds = {Kind::Bare, Kind::Plugin};
+        if (round % 2 != 0)
+            std::reverse(kinds.begin(), kinds.end());
+        for (const Kind kind : kinds) {
+            Flooded flooded(bench, kind, logging);
+            window(flooded, rows, round);
+        }
     }
-    Row quiet = {"answer, no flood" + suffix, 0, "ns", {}};
-    Row flooded = {"answer under flood" + suffix, 0, "ns", {}};
-    Row worst = {"p99 of a flood" + suffix, 0, "ns", {}};
-    Row rate = {"flood" + suffix, 0, "messages/s", {}};
-    for (const auto &one : all) {
-        quiet.samples.push_back({one->party.who(), one->quiet});
-        flooded.samples.push_back({one->party.who(), one->flooded});
-        worst.samples.push_back({one->party.who(), one->worst});
-        rate.samples.push_back({one->party.who(), one->rates});
-    }
-    bench.results.add(quiet);
-    bench.results.add(flooded);
-    bench.results.add(worst);
-    bench.results.add(rate);
+    for (const Row &row : {rows.quiet, rows.flooded, rows.rate})
+        bench.results.add(row);
 }
 
 } // namespace

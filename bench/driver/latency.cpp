@@ -5,27 +5,45 @@
 
 #include "measurements.h"
 #include "party.h"
-#include "turns.h"
 
 #include <QtCore/QTemporaryFile>
 #include <memory>
 #include <stdexcept>
 
-using Parties = std::vector<std::unique_ptr<Party>>;
+namespace {
 
-static Parties parties(
-    const Bench &bench, std::initializer_list<Kind> kinds, CallKind call, int calls, const Start &start = {})
+// What is up before anything is measured.
+struct Scene
 {
-    Parties all;
-    for (const Kind kind : kinds) {
-        all.push_back(std::make_unique<Party>(bench.address, kind, start));
-        all.back()->bringUp(call, calls);
+    std::vector<Kind> kinds;
+    CallKind call;
+    int calls;
+    Start start = {};
+};
+
+// Does the thing for the so-manieth time.
+using Once = std::function<Values(Party &party, uint32_t time)>;
+
+std::vector<Contender> start(const Bench &bench, const Scene &scene, const Once &once)
+{
+    std::vector<Contender> contenders;
+    for (const Kind kind : scene.kinds) {
+        const auto party = std::make_shared<Party>(bench.address, kind, scene.start);
+        party->bringUp(scene.call, scene.calls);
+        contenders.push_back({party->who(), [=, time = 0U]() mutable { return once(*party, time++); }});
     }
-    return all;
+    return contenders;
+}
+
+std::vector<Contender> startBesideRelay(const Bench &bench, RelayedSocket &relay, const Scene &scene, const Once &once)
+{
+    std::vector<Contender> contenders = start(bench, scene, once);
+    contenders.insert(contenders.begin(), {"relay", [&] { return Values{relay.oneWay()}; }});
+    return contenders;
 }
 
 // The application's StatusChanged until the host's. Incoming and dialing: no timer runs beside.
-static double status(Party &party, uint32_t call)
+double status(Party &party, uint32_t call)
 {
     static uint32_t alternating = 2;
     alternating = 5 - alternating;
@@ -33,67 +51,67 @@ static double status(Party &party, uint32_t call)
     return double(party.receiver.next(EventKind::Status).at - begin);
 }
 
-static Row statusRow(const Parties &all, RelayedSocket &relay, const char *name, int calls, const Turns &turns)
+void measureStatus(const Bench &bench, const char *name, const Scene &scene, const Turns &turns)
 {
-    std::vector<Contender> contenders = {{"relay", [&] { return relay.oneWay(); }}};
-    for (const auto &party : all) {
-        contenders.push_back({party->who(), [&party = *party, calls, i = 0]() mutable {
-                                  // Every call in its turn, whatever place it has in anybody's list.
-                                  return status(party, uint32_t(i++ * 7919 % calls));
-                              }});
-    }
-    return measure(name, calls, "ns", contenders, turns);
+    RelayedSocket relay;
+    // Every call in its turn, whatever place it has in anybody's list.
+    const Once once = [calls = uint32_t(scene.calls)](
+                          Party &party, uint32_t time) { return Values{status(party, time * 7919 % calls)}; };
+    bench.measure(
+        {{name, scene.calls, "ns", {}}}, [&] { return startBesideRelay(bench, relay, scene, once); }, turns);
 }
+
+} // namespace
 
 void measureStatus(const Bench &bench)
 {
-    RelayedSocket relay;
     for (const int calls : {1, 10, 100, 1000}) {
-        if (bench.isShort && calls > 100)
-            break;
-        const Parties all = parties(bench, {Kind::Peer, Kind::Bare, Kind::Plugin}, CallKind::Plain, calls);
-        bench.results.add(statusRow(all, relay, "status", calls, {bench.isShort ? 4 : 60, 50}));
+        if (!bench.isShort || calls <= 100)
+            measureStatus(
+                bench, "status", {{Kind::Peer, Kind::Bare, Kind::Plugin}, CallKind::Plain, calls}, {20, 3, 50});
     }
 }
 
 // How many lines the plug-in's tracing has for one status, and the host's for asking for it.
-static double tracedLines(const Bench &bench)
+static Row tracedLines(const Bench &bench)
 {
-    constexpr int times = 100;
+    constexpr int times = 5;
+    Row row = {"status, traced lines", 1, "lines", {}};
     QTemporaryFile log;
     if (!log.open())
         throw std::runtime_error("cannot make a file for a log");
     Party party(bench.address, Kind::Plugin, Start{{}, "*=false;voicecall.info=true", log.fileName().toStdString()});
     party.bringUp(CallKind::Plain, 1);
     log.seek(log.size());
-    for (int i = 0; i < times; ++i)
-        status(party, 0);
-    return double(log.readAll().count('\n')) / times;
+    for (int round = 0; round < 20; ++round) {
+        for (int i = 0; i < times; ++i)
+            status(party, 0);
+        row.add(party.who(), round, double(log.readAll().count('\n')) / times);
+    }
+    return row;
 }
 
 void measureLog(const Bench &bench)
 {
-    bench.results.add({"status, traced lines", 1, "lines", {{"plug-in", {tracedLines(bench)}}}});
+    bench.results.add(tracedLines(bench));
     static const struct
     {
         const char *name;
         const char *rules;
     } modes[] = {{"status, log silent", "*=false"}, {"status, log traced", "voicecall.info=true"}};
-    RelayedSocket relay;
-    for (const auto &mode : modes) {
-        Start start;
-        start.logging = mode.rules;
-        const Parties all = parties(bench, {Kind::Bare, Kind::Plugin}, CallKind::Plain, 1, start);
-        bench.results.add(statusRow(all, relay, mode.name, 1, {bench.isShort ? 4 : 40, 50}));
-    }
+    for (const auto &mode : modes)
+        measureStatus(bench, mode.name,
+            {{Kind::Bare, Kind::Plugin}, CallKind::Plain, 1, Start{{}, mode.rules, "/dev/null"}}, {20, 2, 50});
 }
 
 // What the host does until the last of so many calls has heard of it, and how long it keeps the host's main thread.
-static std::pair<double, double> command(Party &party, Command command, int calls)
+static Values command(Party &party, Command command, int calls)
 {
     party.receiver.request(command);
     const Event sent = party.receiver.next(EventKind::Done);
     const int64_t received = party.application.waitForCommands(calls);
+    if (party.receiver.kind() == Kind::Peer)
+        return {double(received - sent.at)};
     return {double(received - sent.at), double(sent.cost)};
 }
 
@@ -101,69 +119,67 @@ void measureCommands(const Bench &bench)
 {
     static const struct
     {
-        const char *name;
-        const char *costName;
+        std::string name;
         Command command;
-        bool isForPeer;
-    } rows[] = {{"Accept", "Accept, main thread", Command::Answer, true},
-        {"SetHold", "SetHold, main thread", Command::Hold, false},
-        {"SendDTMF", "SendDTMF, main thread", Command::SendTones, false}};
+        std::vector<Kind> kinds;
+    } rows[] = {{"Accept", Command::Answer, {Kind::Peer, Kind::Bare, Kind::Plugin}},
+        {"SetHold", Command::Hold, {Kind::Bare, Kind::Plugin}},
+        {"SendDTMF", Command::SendTones, {Kind::Bare, Kind::Plugin}}};
 
     RelayedSocket relay;
-    const Parties all = parties(bench, {Kind::Peer, Kind::Bare, Kind::Plugin}, CallKind::Full, 1);
     for (const auto &row : rows) {
-        std::vector<std::vector<double>> costs(all.size());
-        std::vector<Contender> contenders = {{"relay", [&] { return relay.oneWay(); }}};
-        for (size_t i = 0; i < all.size(); ++i) {
-            if (all[i]->receiver.kind() == Kind::Peer && !row.isForPeer)
-                continue;
-            contenders.push_back({all[i]->who(), [&, i] {
-                                      const auto [latency, cost] = command(*all[i], row.command, 1);
-                                      costs[i].push_back(cost);
-                                      return latency;
-                                  }});
-        }
-        bench.results.add(measure(row.name, 0, "ns", contenders, {bench.isShort ? 4 : 60, 50}));
-        Row cost = {row.costName, 0, "ns", {}};
-        for (size_t i = 0; i < all.size(); ++i) {
-            if (all[i]->receiver.kind() != Kind::Peer)
-                cost.samples.push_back({all[i]->who(), costs[i]});
-        }
-        bench.results.add(cost);
+        const Scene scene = {row.kinds, CallKind::Full, 1};
+        const Once once = [&](Party &party, uint32_t) { return command(party, row.command, 1); };
+        bench.measure({{row.name, 0, "ns", {}}, {row.name + ", main thread", 0, "ns", {}}},
+            [&] { return startBesideRelay(bench, relay, scene, once); }, {20, 3, 50});
     }
 }
 
-// The call until its answer, from an application that the receiver has not seen before.
-static double registration(const Bench &bench, Loop &loop, Receiver &receiver)
+namespace {
+
+// A receiver at which applications register that it has not seen before.
+struct Registered
 {
-    double nanoseconds = 0;
+    Registered(const Bench &bench, Kind kind) : bench(bench), receiver(loop, kind) { }
+
+    // The call until its answer.
+    Values once()
     {
-        Application application(loop, bench.address, receiver);
-        nanoseconds = double(application.registerManager());
+        double nanoseconds = 0;
+        {
+            Application application(loop, bench.address, receiver);
+            nanoseconds = double(application.registerManager());
+            if (receiver.kind() != Kind::Peer)
+                application.waitForSnapshots(1);
+        }
         if (receiver.kind() != Kind::Peer)
-            application.waitForSnapshots(1);
+            receiver.next(EventKind::ManagerGone);
+        return {nanoseconds};
     }
-    if (receiver.kind() != Kind::Peer)
-        receiver.next(EventKind::ManagerGone);
-    return nanoseconds;
-}
+
+    const Bench &bench;
+    Loop loop;
+    Receiver receiver;
+};
+
+} // namespace
 
 void measureRegistration(const Bench &bench)
 {
     RelayedSocket relay;
-    Loop loop;
-    Receiver peer(loop, Kind::Peer);
-    Receiver bare(loop, Kind::Bare);
-    Receiver plugin(loop, Kind::Plugin);
-    bench.results.add(measure("RegisterCallManager", 0, "ns",
-        {{"relay", [&] { return relay.roundTrip(); }}, {"libdbus", [&] { return registration(bench, loop, peer); }},
-            {"bare", [&] { return registration(bench, loop, bare); }},
-            {"plug-in", [&] { return registration(bench, loop, plugin); }}},
-        {bench.isShort ? 4 : 60, 10}));
+    const auto start = [&] {
+        std::vector<Contender> contenders = {{"relay", [&] { return Values{relay.roundTrip()}; }}};
+        for (const Kind kind : {Kind::Peer, Kind::Bare, Kind::Plugin}) {
+            const auto registered = std::make_shared<Registered>(bench, kind);
+            contenders.push_back({nameOf(kind), [=] { return registered->once(); }});
+        }
+        return contenders;
+    };
+    bench.measure({{"RegisterCallManager", 0, "ns", {}}}, start, {20, 3, 10});
 }
 
 // InterfacesAdded until the host hears of the call; then it is withdrawn again.
-static double announcement(Party &party, CallKind kind, uint32_t call)
+static Values announcement(Party &party, CallKind kind, uint32_t call)
 {
     const int64_t begin = party.application.announce(kind, call);
     const int64_t end = party.receiver.next(EventKind::CallAdded).at;
@@ -171,7 +187,7 @@ static double announcement(Party &party, CallKind kind, uint32_t call)
         party.expectAudioState(1);
     party.application.withdraw(call);
     party.receiver.next(EventKind::CallGone);
-    return double(end - begin);
+    return {double(end - begin)};
 }
 
 void measureAnnouncement(const Bench &bench)
@@ -183,14 +199,10 @@ void measureAnnouncement(const Bench &bench)
     } rows[] = {{"InterfacesAdded", CallKind::Full}, {"InterfacesAdded, Call1 only", CallKind::Plain}};
     RelayedSocket relay;
     for (const auto &row : rows) {
-        const Parties all = parties(bench, {Kind::Peer, Kind::Bare, Kind::Sending, Kind::Plugin}, row.kind, 0);
-        std::vector<Contender> contenders = {{"relay", [&] { return relay.oneWay(); }}};
-        for (const auto &party : all) {
-            contenders.push_back({party->who(), [&party = *party, kind = row.kind, call = 0]() mutable {
-                                      return announcement(party, kind, uint32_t(call++));
-                                  }});
-        }
-        bench.results.add(measure(row.name, 0, "ns", contenders, {bench.isShort ? 4 : 40, 25}));
+        const Scene scene = {{Kind::Peer, Kind::Bare, Kind::Sending, Kind::Plugin}, row.kind, 0};
+        const Once once = [&](Party &party, uint32_t time) { return announcement(party, row.kind, time); };
+        bench.measure(
+            {{row.name, 0, "ns", {}}}, [&] { return startBesideRelay(bench, relay, scene, once); }, {20, 2, 25});
     }
 }
 
@@ -202,22 +214,11 @@ void measureAudio(const Bench &bench)
         Command command;
     } rows[] = {{"audio route", Command::ChangeRoute}, {"audio devices", Command::ChangeDevices}};
     for (const int calls : {1, 10, 100}) {
-        const Parties all = parties(bench, {Kind::Bare, Kind::Plugin}, CallKind::Full, calls);
+        const Scene scene = {{Kind::Bare, Kind::Plugin}, CallKind::Full, calls};
         for (const auto &row : rows) {
-            std::vector<Contender> contenders;
-            std::vector<Samples> costs;
-            for (const auto &party : all)
-                costs.push_back({party->who(), {}});
-            for (size_t i = 0; i < all.size(); ++i) {
-                contenders.push_back({all[i]->who(), [&, i, calls] {
-                                          const auto [latency, cost] = command(*all[i], row.command, calls);
-                                          costs[i].values.push_back(cost);
-                                          return latency;
-                                      }});
-            }
-            const int times = bench.isShort ? 4 : 2000 / (calls + 10);
-            bench.results.add(measure(row.name, calls, "ns", contenders, {times, 10}));
-            bench.results.add({row.name + ", main thread", calls, "ns", costs});
+            const Once once = [&](Party &party, uint32_t) { return command(party, row.command, calls); };
+            bench.measure({{row.name, calls, "ns", {}}, {row.name + ", main thread", calls, "ns", {}}},
+                [&] { return start(bench, scene, once); }, {20, std::max(1, 100 / (calls + 10)), 10});
         }
     }
 }

@@ -5,7 +5,6 @@
 
 #include "measurements.h"
 #include "receiver.h"
-#include "turns.h"
 
 #include <QtCore/QProcess>
 #include <stdexcept>
@@ -25,7 +24,10 @@ static double load(Kind kind)
 
 void measureLoading(const Bench &bench)
 {
-    bench.results.add(measure("loading", 0, "ns",
-        {{"bare", [] { return load(Kind::Bare); }}, {"plug-in", [] { return load(Kind::Plugin); }}},
-        {bench.isShort ? 5 : 40, 1}));
+    bench.measure({{"loading", 0, "ns", {}}},
+        [] {
+            return std::vector<Contender>{{"bare", [] { return Values{load(Kind::Bare)}; }},
+                {"plug-in", [] { return Values{load(Kind::Plugin)}; }}};
+        },
+        {40});
 }

@@ -4,7 +4,7 @@
 #ifndef BENCH_MEASUREMENTS_H
 #define BENCH_MEASUREMENTS_H
 
-#include "results.h"
+#include "turns.h"
 
 /** What the measurements share: the address of the bus, and where the rows go. */
 struct Bench
@@ -15,6 +15,14 @@ struct Bench
     bool isShort = false;
     /** Where callgrind's files are kept, for callgrind_annotate; empty to drop them. */
     std::string profiles;
+
+    /** Measures, as often as this run wants it, and adds the rows to the results. */
+    void measure(
+        const std::vector<Row> &rows, const std::function<std::vector<Contender>()> &start, const Turns &turns) const
+    {
+        for (const Row &row : ::measure(rows, start, isShort ? Turns{2, 1, turns.length} : turns))
+            results.add(row);
+    }
 };
 
 // Each adds its rows; what they mean stands in docs/performance.md.

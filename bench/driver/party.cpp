@@ -12,7 +12,7 @@ static constexpr size_t usualSize = 160;
 
 const char *nameOf(Kind kind)
 {
-    static const char *const names[] = {"plug-in", "bare", "bare, sending", "libdbus"};
+    static const char *const names[] = {"plug-in", "bare", "bare, sending", "bare, relaying", "libdbus"};
     return names[int(kind)];
 }
 
@@ -22,7 +22,7 @@ Party::Party(const std::string &address, Kind kind, const Start &start)
 {
 }
 
-void Party::bringUp(CallKind kind, int calls)
+void bringUp(Receiver &receiver, Application &application, CallKind kind, int calls)
 {
     application.setSnapshot(kind, calls);
     application.registerManager();
@@ -32,13 +32,13 @@ void Party::bringUp(CallKind kind, int calls)
     if (calls > 0)
         receiver.nth(EventKind::CallAdded, calls);
     if (kind == CallKind::Full)
-        expectAudioState(calls);
+        expectAudioState(receiver, application, calls);
     application.settle();
 }
 
-void Party::expectAudioState(int calls)
+void expectAudioState(const Receiver &receiver, Application &application, int calls)
 {
-    if (receiver.kind() == Kind::Plugin || receiver.kind() == Kind::Sending)
+    if (receiver.kind() != Kind::Bare && receiver.kind() != Kind::Peer)
         application.waitForCommands(calls);
 }
 

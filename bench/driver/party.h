@@ -9,16 +9,19 @@
 /** What results call a program of this kind. */
 const char *nameOf(Kind kind);
 
+/** Registers, with so many calls in the snapshot, and waits until their signals are subscribed to. */
+void bringUp(Receiver &receiver, Application &application, CallKind kind, int calls);
+/** Waits for the audio state of so many calls with audio control, if the program sends any by itself. */
+void expectAudioState(const Receiver &receiver, Application &application, int calls);
+
 /** A measured program and an application at it. */
 class Party
 {
 public:
     Party(const std::string &address, Kind kind, const Start &start = {});
 
-    /** Registers, with so many calls in the snapshot, and waits until their signals are subscribed to. */
-    void bringUp(CallKind kind, int calls);
-    /** Waits for the audio state of so many calls with audio control, if the program sends any by itself. */
-    void expectAudioState(int calls);
+    void bringUp(CallKind kind, int calls) { ::bringUp(receiver, application, kind, calls); }
+    void expectAudioState(int calls) { ::expectAudioState(receiver, application, calls); }
 
     const char *who() const { return nameOf(receiver.kind()); }
 

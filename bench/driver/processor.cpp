@@ -6,7 +6,15 @@
 #include <sched.h>
 #include <unistd.h>
 
-void runOn(Side side) { runOn(side == Side::Applications ? 0 : processorCount() - 1); }
+static bool isBound = true;
+
+void runAnywhere() { isBound = false; }
+
+void runOn(Side side)
+{
+    if (isBound)
+        runOn(side == Side::Applications ? 0 : processorCount() - 1);
+}
 
 void runOn(long processor)
 {

@@ -12,6 +12,9 @@
 enum class Side { Applications, Measured };
 void runOn(Side side);
 
+/** For what is not timed: from here on a side is wherever there is room. */
+void runAnywhere();
+
 /** On the processor of this number, which counts from 0. */
 void runOn(long processor);
 

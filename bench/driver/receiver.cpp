@@ -15,6 +15,8 @@ std::vector<std::string> commandLine(Kind kind, const std::string &argument)
         return {BENCHHOST, argument, RINGLET_PLUGIN};
     if (kind == Kind::Sending)
         return {BARERECEIVER, argument, "--sends"};
+    if (kind == Kind::Relaying)
+        return {BARERECEIVER, argument, "--relays"};
     return {kind == Kind::Bare ? BARERECEIVER : BUSPEER, argument};
 }
 

@@ -16,6 +16,7 @@ enum class Kind {
     Plugin, // the plug-in, in a host
     Bare, // Qt's bus layer alone
     Sending, // the same, which also sends what the plug-in does when a call comes or goes
+    Relaying, // the same, through adaptors of its object as the plug-in does
     Peer, // the bus's reference library
 };
 

@@ -9,14 +9,11 @@
 #include <string>
 #include <vector>
 
-/** What was measured of one program in one row; values in the row's unit, in the order of measuring. */
+/** What was measured of one program in one row: for every round its values, in the row's unit. */
 struct Samples
 {
     std::string who;
-    std::vector<double> values;
-
-    /** The value that `share` of all are not above; 0 when there is none. */
-    double percentile(double share) const;
+    std::vector<std::vector<double>> rounds;
 };
 
 /** One row: the same thing done by several programs in turns. */
@@ -27,16 +24,19 @@ struct Row
     int size = 0;
     std::string unit;
     std::vector<Samples> samples;
+
+    /** Puts a value of this program into its round. */
+    void add(const std::string &who, int round, double value);
 };
 
-/** All rows, told on standard output as they come, and written as JSON at the end. */
+/** The rows of one measurement, told on standard output as they come, and written as JSON at the end. */
 class Results
 {
 public:
     void add(const Row &row);
 
-    /** Throws std::runtime_error when the file cannot be written. */
-    void write(const std::string &file) const;
+    /** Every value, and `about`. Throws std::runtime_error when the file cannot be written. */
+    void write(const std::string &file, QJsonObject about) const;
 
 private:
     QJsonArray m_rows;

@@ -11,123 +11,137 @@
 
 namespace {
 
-// One program that is measured, and a value of each row for every time that it was.
-struct Measured
-{
-    Loop loop;
-    Receiver receiver;
-    std::vector<double> coming;
-    std::vector<double> going;
-    Event before = {};
-    Event after = {};
+// From here on the memory is a question: below, what is allocated only once is more.
+constexpr int manyForMemory = 1000;
 
-    explicit Measured(const Bench &bench, Kind kind) : receiver(loop, kind)
+// One program that is measured. What it does gives how long all took to come, how long to go, and, where they are
+// many, what each occupied meanwhile: bytes of the heap, bytes of resident memory.
+class Measured
+{
+public:
+    Measured(const Bench &bench, Kind kind) : m_bench(bench), m_receiver(m_loop, kind)
     {
         // What the first application makes everybody allocate for good is not the calls'.
-        bringUp(bench, 1, false);
-        going.clear();
-        coming.clear();
-        before = receiver.memory();
+        bringUp(1);
+        m_before = m_receiver.memory();
     }
 
     // A snapshot of so many calls, and the application's departure.
-    void bringUp(const Bench &bench, int calls, bool isMemoryTaken)
+    Values bringUp(int calls)
     {
-        auto application = std::make_unique<Application>(loop, bench.address, receiver);
+        auto application = std::make_unique<Application>(m_loop, m_bench.address, m_receiver);
         application->setSnapshot(CallKind::Plain, calls);
         application->holdSnapshot();
         application->registerManager();
         const int64_t begin = application->sendSnapshot();
-        coming.push_back(double(receiver.nth(EventKind::CallAdded, calls).at - begin));
-        const int64_t left = leave(std::move(application), isMemoryTaken);
-        const int64_t gone = receiver.nth(EventKind::CallGone, calls).at;
-        going.push_back(double(std::max(gone, receiver.next(EventKind::ManagerGone).at) - left));
+        const double coming = double(m_receiver.nth(EventKind::CallAdded, calls).at - begin);
+        const Values occupied = rest(*application, calls);
+        const int64_t left = leave(std::move(application));
+        const int64_t gone = m_receiver.nth(EventKind::CallGone, calls).at;
+        return values(coming, double(std::max(gone, m_receiver.next(EventKind::ManagerGone).at) - left), occupied);
     }
 
-    // So many registrations of one application, and its departure; `coming` is the whole of them.
-    void registerMany(const Bench &bench, int registrations, bool isMemoryTaken)
+    // So many registrations of one application, one after the other, and its departure.
+    Values registerMany(int registrations)
     {
-        auto application = std::make_unique<Application>(loop, bench.address, receiver);
-        double sum = 0;
+        auto application = std::make_unique<Application>(m_loop, m_bench.address, m_receiver);
+        double coming = 0;
         for (int i = 0; i < registrations; ++i)
-            sum += double(application->registerManager());
-        coming.push_back(sum);
+            coming += double(application->registerManager());
         application->waitForSnapshots(registrations);
-        const int64_t left = leave(std::move(application), isMemoryTaken);
-        going.push_back(double(receiver.nth(EventKind::ManagerGone, registrations).at - left));
+        const Values occupied = rest(*application, registrations);
+        const int64_t left = leave(std::move(application));
+        return values(coming, double(m_receiver.nth(EventKind::ManagerGone, registrations).at - left), occupied);
     }
 
-    // When it left, once all is at rest and the memory is taken, if it is.
-    int64_t leave(std::unique_ptr<Application> application, bool isMemoryTaken)
+private:
+    static Values values(double coming, double going, const Values &occupied)
     {
-        application->settle();
-        if (isMemoryTaken)
-            after = receiver.memory();
+        Values all = {coming, going};
+        all.insert(all.end(), occupied.begin(), occupied.end());
+        return all;
+    }
+
+    // Waits until all is at rest; what each of them occupies, if that is a question.
+    Values rest(Application &application, int count)
+    {
+        application.settle();
+        if (count < manyForMemory)
+            return {};
+        const Event now = m_receiver.memory();
+        return {double(now.heap - m_before.heap) / count, double(now.resident - m_before.resident) / count};
+    }
+
+    // When it left.
+    static int64_t leave(std::unique_ptr<Application> application)
+    {
         const int64_t left = now();
         application.reset();
         return left;
     }
 
-    double heap(int count) const { return double(after.heap - before.heap) / count; }
-    double resident(int count) const { return double(after.resident - before.resident) / count; }
+    const Bench &m_bench;
+    Loop m_loop;
+    Receiver m_receiver;
+    Event m_before = {};
 };
-
-constexpr Kind kinds[] = {Kind::Bare, Kind::Sending, Kind::Plugin};
-
-void add(const Bench &bench, const std::string &name, int size, const char *unit,
-    const std::vector<std::unique_ptr<Measured>> &all,
-    const std::function<std::vector<double>(const Measured &)> &value)
-{
-    Row row = {name, size, unit, {}};
-    for (size_t i = 0; i < all.size(); ++i)
-        row.samples.push_back({nameOf(kinds[i]), value(*all[i])});
-    bench.results.add(row);
-}
 
 struct Size
 {
     int count;
-    int times;
+    int rounds;
 };
 
-using Step = void (Measured::*)(const Bench &, int, bool);
+constexpr Size sizes[] = {{1, 40}, {10, 30}, {100, 20}, {1000, 20}, {4000, 20}};
 
-void measureSize(
-    const Bench &bench, const Size &size, Step step, const char *coming, const char *going, const char *each)
+// What comes and goes, and who is measured.
+struct Subjects
 {
-    std::vector<std::unique_ptr<Measured>> all;
-    for (const Kind kind : kinds)
-        all.push_back(std::make_unique<Measured>(bench, kind));
-    for (int i = 0; i < size.times; ++i) {
-        for (const auto &measured : all)
-            (measured.get()->*step)(bench, size.count, i == 0);
+    const char *coming;
+    const char *going;
+    const char *each;
+    std::vector<Kind> kinds;
+    Values (Measured::*step)(int count);
+};
+
+void measureSize(const Bench &bench, const Subjects &subjects, const Size &size)
+{
+    const auto start = [&] {
+        std::vector<Contender> contenders;
+        for (const Kind kind : subjects.kinds) {
+            const auto measured = std::make_shared<Measured>(bench, kind);
+            contenders.push_back({nameOf(kind),
+                [=, step = subjects.step, count = size.count] { return (measured.get()->*step)(count); }});
+        }
+        return contenders;
+    };
+    std::vector<Row> rows = {{subjects.coming, size.count, "ns", {}}, {subjects.going, size.count, "ns", {}}};
+    if (size.count >= manyForMemory) {
+        rows.push_back({std::string("heap per ") + subjects.each, size.count, "bytes", {}});
+        rows.push_back({std::string("resident per ") + subjects.each, size.count, "bytes", {}});
     }
-    add(bench, coming, size.count, "ns", all, [](const Measured &measured) { return measured.coming; });
-    add(bench, going, size.count, "ns", all, [](const Measured &measured) { return measured.going; });
-    if (size.count < 1000)
-        return;
-    add(bench, std::string("heap per ") + each, size.count, "bytes", all,
-        [&](const Measured &measured) { return std::vector<double>{measured.heap(size.count)}; });
-    add(bench, std::string("resident per ") + each, size.count, "bytes", all,
-        [&](const Measured &measured) { return std::vector<double>{measured.resident(size.count)}; });
+    bench.measure(rows, start, {size.rounds});
+}
+
+void measureSizes(const Bench &bench, const Subjects &subjects)
+{
+    for (const Size &size : sizes) {
+        if (!bench.isShort || size.count <= 100)
+            measureSize(bench, subjects, size);
+    }
 }
 
 } // namespace
 
 void measureScale(const Bench &bench)
 {
-    static const Size sizes[] = {{1, 40}, {10, 30}, {100, 20}, {1000, 5}, {4000, 2}};
-    for (const Size &size : sizes) {
-        if (!bench.isShort || size.count <= 100)
-            measureSize(bench, size, &Measured::bringUp, "snapshot", "teardown", "call");
-    }
+    measureSizes(
+        bench, {"snapshot", "teardown", "call", {Kind::Bare, Kind::Sending, Kind::Plugin}, &Measured::bringUp});
 }
 
+// Nobody sends anything when a call manager comes or goes, so that there is one floor.
 void measureDeparture(const Bench &bench)
 {
-    static const Size sizes[] = {{1, 40}, {10, 30}, {100, 10}, {1000, 3}, {4000, 1}};
-    for (const Size &size : sizes) {
-        if (!bench.isShort || size.count <= 100)
-            measureSize(bench, size, &Measured::registerMany, "registrations", "departure", "registration");
-    }
+    measureSizes(
+        bench, {"registrations", "departure", "registration", {Kind::Bare, Kind::Plugin}, &Measured::registerMany});
 }

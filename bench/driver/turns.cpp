@@ -7,25 +7,34 @@
 
 static void warmUp(const std::vector<Contender> &contenders, const Turns &turns)
 {
-    const int count = std::min(20, turns.count * turns.length / 10);
+    const int count = std::min(20, turns.turns * turns.length / 10);
     for (const Contender &contender : contenders) {
         for (int i = 0; i < count; ++i)
             contender.once();
     }
 }
 
-Row measure(const std::string &name, int size, const std::string &unit, const std::vector<Contender> &contenders,
-    const Turns &turns)
+static void takeTurns(std::vector<Row> &rows, const std::vector<Contender> &contenders, const Turns &turns, int round)
 {
-    Row row = {name, size, unit, {}};
-    for (const Contender &contender : contenders)
-        row.samples.push_back({contender.who, {}});
-    warmUp(contenders, turns);
-    for (int turn = 0; turn < turns.count; ++turn) {
-        for (size_t i = 0; i < contenders.size(); ++i) {
-            for (int j = 0; j < turns.length; ++j)
-                row.samples[i].values.push_back(contenders[i].once());
+    for (const Contender &contender : contenders) {
+        for (int i = 0; i < turns.length; ++i) {
+            const Values values = contender.once();
+            for (size_t row = 0; row < std::min(rows.size(), values.size()); ++row)
+                rows[row].add(contender.who, round, values[row]);
         }
     }
-    return row;
+}
+
+std::vector<Row> measure(
+    std::vector<Row> rows, const std::function<std::vector<Contender>()> &start, const Turns &turns)
+{
+    for (int round = 0; round < turns.rounds; ++round) {
+        std::vector<Contender> contenders = start();
+        if (round % 2 != 0)
+            std::reverse(contenders.begin(), contenders.end());
+        warmUp(contenders, turns);
+        for (int turn = 0; turn < turns.turns; ++turn)
+            takeTurns(rows, contenders, turns, round);
+    }
+    return rows;
 }

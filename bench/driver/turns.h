@@ -8,23 +8,33 @@
 
 #include <functional>
 
+/** What doing the thing once gives: a value for each row, in its unit; a row behind the last has no such contender. */
+using Values = std::vector<double>;
+
 /** One of those that are measured against each other: its name, and how it does the thing once. */
 struct Contender
 {
     std::string who;
-    /** One value, in the row's unit. */
-    std::function<double()> once;
+    std::function<Values()> once;
 };
 
-/** How often: the contenders take turns, `length` times each, so that what disturbs the machine disturbs them all. */
+/**
+ * How often: in each round the contenders take so many turns, and do the thing `length` times in each, so that what
+ * disturbs the machine disturbs them all.
+ */
 struct Turns
 {
-    int count;
-    int length;
+    int rounds;
+    int turns = 1;
+    int length = 1;
 };
 
-/** Measures them against each other; what comes first is thrown away, since it warms up. */
-Row measure(const std::string &name, int size, const std::string &unit, const std::vector<Contender> &contenders,
-    const Turns &turns);
+/**
+ * Measures contenders against each other, and fills the rows. They are started anew for every round: what is drawn
+ * when a process begins, such as where its memory lies, is drawn once for each. Every other round has them in the
+ * opposite order. What a round does first is thrown away, since it warms up.
+ */
+std::vector<Row> measure(
+    std::vector<Row> rows, const std::function<std::vector<Contender>()> &start, const Turns &turns);
 
 #endif

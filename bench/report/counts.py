@@ -1,29 +1,30 @@
 # SPDX-FileCopyrightText: 2026 The Ringlet Authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Compares counts of instructions with those that are recorded: counts.py --check|--record COUNTS RECORDED."""
+"""Compares counts of instructions with those that are recorded: counts.py --check|--record RECORDED COUNTS..."""
 
 import json
+import pathlib
 import sys
 
+from goals import INSTRUCTION_LIMIT, INSTRUCTIONS
 from results import Results
 
-# What one count differs from the next by: how often a thread looks in vain is not the same twice.
-TOLERANCE = 1.04
+# What one run differs from the next by: how often a thread looks in vain is not the same twice.
+TOLERANCE = 1.03
 
-TRACE = "instructions, trace that is off"
+FLOOR = "bare, sending"
 
 
 def ratios(results):
-    """The plug-in's instructions over those of each floor, by row and floor; of a trace line, they themselves."""
+    """The plug-in's instructions to those of the floor that sends the same, by path; of a trace line, they themselves."""
     found = {}
-    for (name, size), values in sorted(results.values.items()):
-        plugin = values["plug-in"]["p50"]
-        if name == TRACE:
-            found[name] = plugin
-        for floor in ("bare", "bare, sending"):
-            if floor in values:
-                found[f"{name} {size} / {floor}"] = plugin / values[floor]["p50"]
+    for name, size in results.values:
+        path = name[len(INSTRUCTIONS):] + (f" {size}" if size else "")
+        if results.has(name, size, FLOOR) and "trace" not in name:
+            found[path] = results.ratio(name, size, FLOOR).middle
+        elif "trace" in name:
+            found[path] = results.p50(name, size, "plug-in")
     return found
 
 
@@ -36,8 +37,8 @@ def compare(now, recorded):
             yield f"{key}: {now[key]:.3f}, recorded {recorded[key]:.3f}"
 
 
-def main(mode, counts, record):
-    now = ratios(Results(counts))
+def main(mode, record, *counts):
+    now = ratios(Results(*(pathlib.Path(file) for file in counts)))
     if mode == "--record":
         with open(record, "w", encoding="utf-8") as file:
             json.dump({key: round(value, 3) for key, value in now.items()}, file, indent=2)
@@ -47,7 +48,8 @@ def main(mode, counts, record):
         recorded = json.load(file)
     worse = list(compare(now, recorded))
     for key, value in now.items():
-        print(f"{value:8.3f}  recorded {recorded.get(key, float('nan')):8.3f}  {key}")
+        goal = "" if "trace" in key or value <= INSTRUCTION_LIMIT else f"  above the goal of {INSTRUCTION_LIMIT:.2f}"
+        print(f"{value:8.3f}  recorded {recorded.get(key, float('nan')):8.3f}  {key}{goal}")
     for line in worse:
         print(f"Worse: {line}", file=sys.stderr)
     if worse:

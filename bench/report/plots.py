@@ -17,7 +17,7 @@ PLOTS = [
 
 
 def data(results, name, who, scale):
-    lines = (f"{size} {results.of(name, size, who) / scale}" for size in results.sizes(name))
+    lines = (f"{size} {results.p50(name, size, who) / scale}" for size in results.sizes(name))
     return "\n".join(lines) + "\ne\n"
 
 

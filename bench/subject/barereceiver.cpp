@@ -23,7 +23,9 @@ static void broadcast(const char *member, const BareCall *call, const QVariant &
     QDBusConnection::sessionBus().send(message);
 }
 
-BareReceiver::BareReceiver(bool sends) : m_sends(sends)
+BareReceiver::BareReceiver(Broadcasts broadcasts)
+    : m_broadcasts(broadcasts),
+      m_registry(broadcasts == Broadcasts::Relayed)
 {
     connect(&m_registry, &BareRegistry::managerAdded, this, &BareReceiver::addManager);
 }
@@ -37,10 +39,13 @@ void BareReceiver::addManager(BareManager *manager)
 
 void BareReceiver::addCall(BareCall *call)
 {
-    if (m_sends && call->audioControlProxy)
+    if (m_broadcasts != Broadcasts::None && call->audioControlProxy)
         sendAudioState(call);
-    if (m_sends)
+    if (m_broadcasts == Broadcasts::Sent)
         broadcast("InterfacesAdded", call, QVariant::fromValue(call->interfaces()));
+    else if (m_broadcasts == Broadcasts::Relayed)
+        emit m_registry.InterfacesAdded(
+            call->callProxy->service(), QDBusObjectPath(call->callProxy->path()), call->interfaces());
     report(eventNow(EventKind::CallAdded));
     connect(call, &BareCall::statusChanged, this, [call] {
         const Event event = eventNow(EventKind::Status);
@@ -53,8 +58,12 @@ void BareReceiver::addCall(BareCall *call)
 
 void BareReceiver::removeCall(BareCall *call)
 {
-    if (m_sends)
-        broadcast("InterfacesRemoved", call, QStringList(call->interfaces().keys()));
+    const QStringList interfaces = call->interfaces().keys();
+    if (m_broadcasts == Broadcasts::Sent)
+        broadcast("InterfacesRemoved", call, interfaces);
+    else if (m_broadcasts == Broadcasts::Relayed)
+        emit m_registry.InterfacesRemoved(
+            call->callProxy->service(), QDBusObjectPath(call->callProxy->path()), interfaces);
     m_calls.removeOne(call);
 }
 

@@ -7,14 +7,20 @@
 #include "bareregistry.h"
 #include "subject.h"
 
+/** What becomes of the broadcasts that the plug-in makes when a call comes or goes. */
+enum class Broadcasts {
+    None,
+    Sent, // as messages
+    Relayed, // as signals of the registry, by its adaptors
+};
+
 /** The floor: what Qt's bus layer needs for the same proxies and the same commands, without the plug-in. */
 class BareReceiver : public Subject
 {
     Q_OBJECT
 
 public:
-    /** A receiver that `sends` also sends what the plug-in does when a call comes or goes. */
-    explicit BareReceiver(bool sends);
+    explicit BareReceiver(Broadcasts broadcasts);
 
     BareRegistry *registry() { return &m_registry; }
 
@@ -29,7 +35,7 @@ private:
     void addCall(BareCall *call);
     void removeCall(BareCall *call);
 
-    bool m_sends;
+    Broadcasts m_broadcasts;
     BareRegistry m_registry;
     QVector<BareCall *> m_calls;
 };

@@ -3,6 +3,9 @@
 
 #include "bareregistry.h"
 
+#include "callserviceadaptor.h"
+#include "callservicemanageradaptor.h"
+
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusMessage>
@@ -46,10 +49,19 @@ void BareManager::removeCall(const QDBusObjectPath &object)
     delete call;
 }
 
+BareRegistry::BareRegistry(bool hasAdaptors) : m_hasAdaptors(hasAdaptors)
+{
+    if (hasAdaptors) {
+        new CallServiceAdaptor(this);
+        new CallServiceManagerAdaptor(this);
+    }
+}
+
 bool BareRegistry::exportObject()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.registerObject(QStringLiteral("/zelkovar/call/service"), this, QDBusConnection::ExportAllSlots)
+    return bus.registerObject(QStringLiteral("/zelkovar/call/service"), this,
+               m_hasAdaptors ? QDBusConnection::ExportAdaptors : QDBusConnection::ExportAllSlots)
         && bus.connect(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"), this,
             SLOT(onNameOwnerChanged(QString, QString, QString)));

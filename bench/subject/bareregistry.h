@@ -41,11 +41,17 @@ class BareRegistry : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "zelkovar.Call.Service1")
 
 public:
+    /** One that `hasAdaptors` is called through them, and broadcasts its signals by them, as the plug-in's object. */
+    explicit BareRegistry(bool hasAdaptors);
+
     /** Exports itself; false when it could not. */
     bool exportObject();
 
 Q_SIGNALS:
     void managerAdded(BareManager *manager);
+    // Of the interface; the adaptor broadcasts them, if there is one.
+    void InterfacesAdded(const QString &service, const QDBusObjectPath &path, const QVariantMapMap &interfaces);
+    void InterfacesRemoved(const QString &service, const QDBusObjectPath &path, const QStringList &interfaces);
 
 public Q_SLOTS:
     void RegisterCallManager(const QDBusObjectPath &path);
@@ -54,6 +60,7 @@ private Q_SLOTS:
     void onNameOwnerChanged(const QString &name, const QString &, const QString &);
 
 private:
+    bool m_hasAdaptors;
     QVector<BareManager *> m_managers;
 };
 

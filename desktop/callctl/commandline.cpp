@@ -54,8 +54,8 @@ Shows and drives the calls of the desktop host, voicecalld.
 
 A call's ID may be left out when there is only one call.
 
-Exit codes: 0 done, 1 the host refused, 2 wrong command line, 3 no session bus,
-or voicecalld is not running or does not answer, 4 no such call, or none named
-where there are several.
+Exit codes: 0 done, 1 the host refused, or the output cannot be written, 2 wrong
+command line, 3 no session bus, or voicecalld is not running or does not answer,
+4 no such call, or none named where there are several.
 )");
 }

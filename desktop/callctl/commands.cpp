@@ -10,11 +10,11 @@
 #include "hostmonitor.h"
 #include "json.h"
 #include "managerproxy.h"
+#include "output.h"
 #include "views.h"
 #include "watch.h"
 
 #include <QtCore/QEventLoop>
-#include <cstdio>
 #include <memory>
 
 static QDBusConnection sessionBus()
@@ -43,11 +43,7 @@ static HostState hostState()
     return monitor.state();
 }
 
-static void print(const QStringList &lines)
-{
-    for (const QString &line : lines)
-        std::printf("%s\n", qUtf8Printable(line));
-}
+static void print(const QStringList &lines) { Output::print(lines.join(QLatin1Char('\n')).toUtf8() + '\n'); }
 
 // The bus library's thread wakes the caller before it is done with an answer that is an error, and loses memory
 // when the process ends just then. An answer after that one shows that it is done.
@@ -72,12 +68,13 @@ static void waitFor(QDBusPendingReply<> reply)
     waitForTheBusLibrary();
     if (reply.error().type() == QDBusError::ServiceUnknown)
         throw Failure(ExitCode::NoHost, HostMonitor::notRunning());
-    throw Failure(codes.value(reply.error().type(), ExitCode::Refused), reply.error().message());
+    throw Failure(codes.value(reply.error().type(), ExitCode::NotDone), reply.error().message());
 }
 
 // --- Calls
 
-static CallInfo theCall(const QStringList &arguments, int further)
+// The path of the call that is meant.
+static QString theCall(const QStringList &arguments, int further)
 {
     const HostState state = hostState();
     if (state.calls.isEmpty())
@@ -87,8 +84,10 @@ static CallInfo theCall(const QStringList &arguments, int further)
         known.append(Views::brief(call));
     const QString list = known.join(QLatin1String(", "));
     if (arguments.size() > further) {
-        if (const CallInfo *call = state.call(arguments.constFirst()))
-            return *call;
+        for (auto call = state.calls.cbegin(); call != state.calls.cend(); ++call) {
+            if (call->id() == arguments.constFirst())
+                return call.key().path;
+        }
         throw Failure(ExitCode::NoSuchCall,
             QStringLiteral("no call has the id '%1'; there are: %2").arg(arguments.constFirst(), list));
     }
@@ -96,7 +95,7 @@ static CallInfo theCall(const QStringList &arguments, int further)
         throw Failure(
             ExitCode::NoSuchCall, QStringLiteral("there are several calls, name one by its id: %1").arg(list));
     }
-    return state.calls.constFirst();
+    return state.calls.firstKey().path;
 }
 
 static bool onOff(const QString &word)
@@ -109,7 +108,7 @@ static bool onOff(const QString &word)
 // `further` arguments of the command come behind the id.
 static std::unique_ptr<CallProxy> callProxy(const CommandLine &line, int further)
 {
-    return std::make_unique<CallProxy>(HostMonitor::serviceName(), theCall(line.arguments, further).path, sessionBus());
+    return std::make_unique<CallProxy>(HostMonitor::serviceName(), theCall(line.arguments, further), sessionBus());
 }
 
 static void answer(const CommandLine &line) { waitFor(callProxy(line, 0)->Answer()); }
@@ -151,7 +150,7 @@ static void output(const CommandLine &line) { waitFor(audioProxy()->SelectOutput
 
 static void calls(const CommandLine &line)
 {
-    const QList<CallInfo> calls = hostState().calls;
+    const QList<CallInfo> calls = hostState().calls.values();
     print(line.json ? QStringList(Json::calls(calls)) : Views::calls(calls));
 }
 

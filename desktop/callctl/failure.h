@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 /** What the program's exit tells; listed in --help. */
-enum class ExitCode { Success = 0, Refused = 1, WrongCommandLine = 2, NoHost = 3, NoSuchCall = 4 };
+enum class ExitCode { Success = 0, NotDone = 1, WrongCommandLine = 2, NoHost = 3, NoSuchCall = 4 };
 
 /** Ends the command with a reason for people, and an exit code. */
 class Failure : public std::runtime_error

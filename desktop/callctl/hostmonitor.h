@@ -7,15 +7,14 @@
 #include "hoststate.h"
 
 #include <QtCore/QSet>
+#include <QtCore/QTimer>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusServiceWatcher>
 
-class QDBusPendingCallWatcher;
-
 /**
  * Follows the host: reads its state when it is there, keeps it up to date, and does so again when the
- * host comes back after it was gone.
+ * host comes back after it was gone. What it tells of a change is what has changed, and no more.
  */
 class HostMonitor : public QObject
 {
@@ -40,13 +39,22 @@ Q_SIGNALS:
     /** The state is complete. */
     void ready();
 
-    /** After ready(), one message from the host has changed the state. */
-    void changed();
+    /** After ready(): this call has come, changed or gone. */
+    void callChanged(const QString &path);
 
-    /** The host has left the bus. */
+    /** After ready(): this provider has come or gone. */
+    void providerChanged(const QString &id);
+
+    /** After ready(): devices, selection or mute have changed. */
+    void audioChanged();
+
+    /** The host has left the bus after ready(). */
     void gone();
 
-    /** The host could not be read. */
+    /**
+     * The host could not be read: it is not there, has gone meanwhile, answers with errors or not at all.
+     * ready() may follow nevertheless, since a host that comes, or answers late, is read.
+     */
     void failed(const QString &reason);
 
     /** The bus itself has gone: nothing comes any more. */
@@ -56,19 +64,26 @@ private Q_SLOTS:
     void onInterfacesAdded(const QDBusMessage &message);
     void onInterfacesRemoved(const QDBusMessage &message);
     void onPropertiesChanged(const QDBusMessage &message);
+    void onProviderAdded(const QString &id, const QString &type);
+    void onProviderRemoved(const QString &id);
 
 private:
     enum class Source { Calls, Manager, Audio };
 
     void subscribe();
     void read();
-    void forget();
+    void readManager();
+    void onOwnerChanged(const QString &newOwner);
     void ask(Source source, const QDBusMessage &question);
     void take(Source source, const QDBusMessage &answer);
     void takeObjects(const QDBusMessage &answer);
-    void takeProperties(const QVariantMap &properties);
+    void takeManager(const QVariantMap &properties);
+    void takeAudio(const QVariantMap &properties);
+    void changeCall(const QString &path, const QVariantMap &changes);
+    void onProvidersInvalidated();
+    void setProviders(const ProviderList &providers);
+    void refuse(const QDBusMessage &answer);
     bool isKnown(Source source) const { return m_known.contains(int(source)); }
-    void tellChange();
 
     QDBusConnection m_connection;
     QDBusServiceWatcher m_owner;
@@ -77,6 +92,15 @@ private:
     QSet<int> m_known;
     /** Answers of a host that is gone are not for the state of the next one. */
     int m_round = 0;
+    bool m_isReading = false;
+    /** Whether this host tells which providers come and go. */
+    bool m_tellsProviders = false;
+    /** Runs out when the host has been asked and keeps silent. */
+    QTimer m_patience;
+    /** Runs out when a host that answered with an error is to be asked again. */
+    QTimer m_again;
+    /** Runs out when the providers are no longer those known, and no signal has said which ones came or went. */
+    QTimer m_untold;
 };
 
 #endif

@@ -18,31 +18,16 @@ QString CallInfo::direction() const
     return flag("Incoming") ? QStringLiteral("incoming") : QStringLiteral("outgoing");
 }
 
-const CallInfo *HostState::call(const QString &id) const
+bool operator<(const CallPath &left, const CallPath &right)
 {
-    const auto found
-        = std::find_if(calls.cbegin(), calls.cend(), [&](const CallInfo &call) { return call.id() == id; });
-    return found == calls.cend() ? nullptr : &*found;
+    return std::make_tuple(left.path.size(), left.path) < std::make_tuple(right.path.size(), right.path);
 }
 
-// c2 comes before c10.
-static bool cameBefore(const CallInfo &left, const CallInfo &right)
+const Provider *HostState::provider(const QString &id) const
 {
-    const QString a = left.id();
-    const QString b = right.id();
-    return std::make_tuple(a.size(), a) < std::make_tuple(b.size(), b);
-}
-
-void HostState::setCall(const CallInfo &call)
-{
-    removeCall(call.path);
-    calls.insert(std::upper_bound(calls.begin(), calls.end(), call, cameBefore), call);
-}
-
-void HostState::removeCall(const QString &path)
-{
-    calls.erase(std::remove_if(calls.begin(), calls.end(), [&](const CallInfo &call) { return call.path == path; }),
-        calls.end());
+    const auto found = std::find_if(
+        providers.cbegin(), providers.cend(), [&](const Provider &provider) { return provider.id == id; });
+    return found == providers.cend() ? nullptr : &*found;
 }
 
 bool operator==(const Provider &left, const Provider &right) { return left.id == right.id && left.type == right.type; }

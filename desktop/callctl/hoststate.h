@@ -5,6 +5,7 @@
 #define CALLCTL_HOSTSTATE_H
 
 #include <QtCore/QList>
+#include <QtCore/QMap>
 #include <QtCore/QMetaType>
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
@@ -36,7 +37,6 @@ using AudioDeviceList = QList<AudioDevice>;
 /** The properties of org.tarnwickle.voicecall.Call1 by their names. */
 struct CallInfo
 {
-    QString path;
     QVariantMap properties;
 
     QString text(const char *property) const { return properties.value(QLatin1String(property)).toString(); }
@@ -48,25 +48,28 @@ struct CallInfo
     int duration() const { return properties.value(QStringLiteral("Duration")).toInt(); }
 };
 
+/** The object path of a call; in order they are as the calls came: c2 is before c10. */
+struct CallPath
+{
+    QString path;
+};
+bool operator<(const CallPath &left, const CallPath &right);
+
 /** All that the host shows at one moment. */
 struct HostState
 {
     /** Whether there is a host; nothing else is set without. */
     bool isPresent = false;
-    /** In the order of their ids: as they came. */
-    QList<CallInfo> calls;
+    QMap<CallPath, CallInfo> calls;
+    /** As they came. */
     ProviderList providers;
     AudioDeviceList devices;
     QString inputDevice;
     QString outputDevice;
     bool microphoneMuted = false;
 
-    /** Null when there is none of this id; valid until the calls change. */
-    const CallInfo *call(const QString &id) const;
-
-    /** Adds a call, or replaces the one at the same path. */
-    void setCall(const CallInfo &call);
-    void removeCall(const QString &path);
+    /** Null when there is none of this id; valid until the providers change. */
+    const Provider *provider(const QString &id) const;
 };
 
 bool operator==(const Provider &left, const Provider &right);

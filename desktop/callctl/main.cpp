@@ -4,6 +4,8 @@
 #include "commandline.h"
 #include "commands.h"
 #include "failure.h"
+#include "output.h"
+#include "programs/log.h"
 #include "programs/printabletext.h"
 
 #include <QtCore/QCoreApplication>
@@ -14,9 +16,9 @@ static int run(const QStringList &arguments)
 {
     const CommandLine line = CommandLine::read(arguments);
     if (line.help)
-        std::fputs(qUtf8Printable(CommandLine::helpText()), stdout);
+        Output::print(CommandLine::helpText().toUtf8());
     else if (line.version)
-        std::printf("callctl %s\n", RINGLET_VERSION);
+        Output::print("callctl " RINGLET_VERSION "\n");
     else
         Commands::run(line);
     return int(ExitCode::Success);
@@ -24,6 +26,7 @@ static int run(const QStringList &arguments)
 
 int main(int argc, char *argv[])
 {
+    Log::begin(QStringLiteral("callctl"));
     QCoreApplication application(argc, argv);
     // In and out it is UTF-8; how wide characters are must not hang on the user's locale.
     std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -33,7 +36,7 @@ int main(int argc, char *argv[])
             arguments.append(QString::fromUtf8(argv[i]));
         return run(arguments);
     } catch (const Failure &failure) {
-        std::fprintf(stderr, "callctl: %s\n", qUtf8Printable(PrintableText::printable(failure.reason())));
+        Log::complain(PrintableText::printable(failure.reason()));
         return int(failure.code());
     }
 }

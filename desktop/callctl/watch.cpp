@@ -3,87 +3,85 @@
 
 #include "watch.h"
 
-#include "failure.h"
 #include "programs/unixsignals.h"
 #include "watchlines.h"
+#include "watchscreen.h"
 
 #include <QtCore/QCoreApplication>
 #include <csignal>
-#include <cstdio>
 #include <unistd.h>
 
-static bool isCapableTerminal() { return isatty(STDOUT_FILENO) && qgetenv("TERM") != "dumb"; }
-
-static void printLine(const QString &line)
+// On a terminal that can move its cursor there is a table; otherwise lines are printed.
+static std::unique_ptr<WatchView> makeView()
 {
-    std::printf("%s\n", qUtf8Printable(line));
-    std::fflush(stdout);
+    if (isatty(STDOUT_FILENO) && qgetenv("TERM") != "dumb")
+        return std::make_unique<WatchScreen>();
+    return std::make_unique<WatchLines>();
 }
 
-Watch::Watch(const QDBusConnection &connection) : m_monitor(connection), m_onScreen(isCapableTerminal())
+Watch::Watch(const QDBusConnection &connection) : m_monitor(connection), m_view(makeView())
 {
-    connect(&m_monitor, &HostMonitor::changed, this, &Watch::show);
-    connect(&m_monitor, &HostMonitor::ready, this, [this] {
-        m_hostSeen = true;
-        show();
-        if (!m_onScreen)
-            printLine(QStringLiteral("host ready"));
-    });
-    connect(&m_monitor, &HostMonitor::gone, this, &Watch::showGone);
-    connect(&m_monitor, &HostMonitor::failed, this, [this](const QString &reason) {
-        // A host that goes again while it is being read comes back, or does not; that is waited for.
-        if (!m_hostSeen)
-            end(reason);
-    });
-    connect(&m_monitor, &HostMonitor::busLost, this, [this] { end(QStringLiteral("the session bus is gone")); });
+    m_pause.setSingleShot(true);
+    connect(&m_pause, &QTimer::timeout, this, &Watch::update);
+    connect(&m_output, &Output::idle, this, &Watch::update);
+    connect(&m_output, &Output::failed, this, [this](const QString &reason) { end(ExitCode::NotDone, reason); });
+    connectToHost();
+}
+
+void Watch::connectToHost()
+{
+    const auto show = [this](auto signal, auto note) {
+        connect(&m_monitor, signal, this, [=](const auto &...arguments) {
+            note(arguments...);
+            update();
+        });
+    };
+    show(&HostMonitor::ready, [this] { m_view->noteReady(m_monitor.state()); });
+    show(&HostMonitor::callChanged, [this](const QString &path) { m_view->noteCall(m_monitor.state(), path); });
+    show(&HostMonitor::providerChanged, [this](const QString &id) { m_view->noteProvider(m_monitor.state(), id); });
+    show(&HostMonitor::audioChanged, [this] { m_view->noteAudio(m_monitor.state()); });
+    show(&HostMonitor::gone, [this] { m_view->noteGone(); });
+    show(&HostMonitor::failed, [this](const QString &reason) { m_view->noteFailure(reason); });
+    connect(&m_monitor, &HostMonitor::busLost, this,
+        [this] { end(ExitCode::NoHost, QStringLiteral("the session bus is gone")); });
 }
 
 void Watch::run()
 {
-    const UnixSignals signalWatch({SIGINT, SIGTERM, SIGWINCH});
+    const UnixSignals signalWatch({SIGINT, SIGTERM, SIGWINCH, SIGCONT});
+    if (!signalWatch.errorString().isEmpty())
+        throw Failure(ExitCode::NotDone, signalWatch.errorString());
     connect(&signalWatch, &UnixSignals::received, this, &Watch::onSignal);
     m_monitor.start();
     QCoreApplication::exec();
+    m_output.finish();
     if (!m_failure.isEmpty())
-        throw Failure(ExitCode::NoHost, m_failure);
+        throw Failure(m_code, m_failure);
 }
 
-void Watch::end(const QString &failure)
+void Watch::end(ExitCode code, const QString &failure)
 {
+    m_code = code;
     m_failure = failure;
     QCoreApplication::quit();
 }
 
 void Watch::onSignal(int number)
 {
-    if (number != SIGWINCH)
-        return end(QString());
-    if (!m_onScreen || !m_hostSeen)
+    if (number == SIGINT || number == SIGTERM)
+        return QCoreApplication::quit();
+    m_view->noteTerminalChange();
+    update();
+}
+
+void Watch::update()
+{
+    if (m_pause.isActive() || !m_output.isIdle())
         return;
-    m_screen.reset();
-    show();
-}
-
-void Watch::show()
-{
-    if (m_onScreen)
-        m_screen.show(m_monitor.state());
-    else
-        printChanges();
-}
-
-void Watch::showGone()
-{
-    if (m_onScreen)
-        return m_screen.showGone();
-    printChanges();
-    printLine(QStringLiteral("host gone"));
-}
-
-void Watch::printChanges()
-{
-    const QStringList lines = WatchLines::between(m_printed, m_monitor.state());
-    for (const QString &line : lines)
-        printLine(line);
-    m_printed = m_monitor.state();
+    const QByteArray bytes = m_view->take(m_monitor.state());
+    if (bytes.isEmpty())
+        return;
+    m_output.write(bytes);
+    if (m_view->pause().count() > 0)
+        m_pause.start(m_view->pause());
 }

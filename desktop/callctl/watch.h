@@ -4,10 +4,12 @@
 #ifndef CALLCTL_WATCH_H
 #define CALLCTL_WATCH_H
 
+#include "failure.h"
 #include "hostmonitor.h"
-#include "watchscreen.h"
+#include "output.h"
+#include "watchview.h"
 
-/** The command `watch`: shows the host until SIGINT or SIGTERM, also across a restart of it. */
+/** The command `watch`: shows the host until SIGINT or SIGTERM, and waits for it where there is none. */
 class Watch : public QObject
 {
     Q_OBJECT
@@ -15,22 +17,20 @@ class Watch : public QObject
 public:
     explicit Watch(const QDBusConnection &connection);
 
-    /** Returns when it is told to end; throws Failure when there is no host to begin with, or no bus. */
+    /** Returns when it is told to end; throws Failure when the bus goes, or nothing can be written. */
     void run();
 
 private:
-    void show();
-    void showGone();
-    void printChanges();
+    void connectToHost();
+    void update();
     void onSignal(int number);
-    void end(const QString &failure);
+    void end(ExitCode code, const QString &failure);
 
     HostMonitor m_monitor;
-    /** Only on a terminal that can move its cursor; otherwise lines are printed. */
-    bool m_onScreen;
-    WatchScreen m_screen;
-    HostState m_printed;
-    bool m_hostSeen = false;
+    std::unique_ptr<WatchView> m_view;
+    Output m_output;
+    QTimer m_pause;
+    ExitCode m_code = ExitCode::Success;
     QString m_failure;
 };
 

@@ -4,9 +4,17 @@
 #include "audiointerface.h"
 
 #include "audiorouting.h"
+#include "busserver/busreply.h"
 
 AudioInterface::AudioInterface(AudioRouting *audio)
-    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Audio1")),
+    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Audio1"),
+        {
+            {QStringLiteral("SelectInputDevice"), [this](const QDBusMessage &call) { return selectInputDevice(call); }},
+            {QStringLiteral("SelectOutputDevice"),
+                [this](const QDBusMessage &call) { return selectOutputDevice(call); }},
+            {QStringLiteral("SetMicrophoneMuted"),
+                [this](const QDBusMessage &call) { return setMicrophoneMuted(call); }},
+        }),
       m_audio(audio)
 {
     connect(audio, &AudioRouting::devicesChanged, this, [this] { announce("Devices"); });
@@ -32,24 +40,11 @@ QVariantMap AudioInterface::properties() const
     };
 }
 
-QDBusMessage AudioInterface::call(const QDBusMessage &message)
-{
-    using Method = QDBusMessage (AudioInterface::*)(const QDBusMessage &);
-    static const QHash<QString, Method> methods = {
-        {QStringLiteral("SelectInputDevice"), &AudioInterface::selectInputDevice},
-        {QStringLiteral("SelectOutputDevice"), &AudioInterface::selectOutputDevice},
-        {QStringLiteral("SetMicrophoneMuted"), &AudioInterface::setMicrophoneMuted},
-    };
-    return (this->*methods.value(message.member()))(message);
-}
-
 static QDBusMessage noSuchDevice(const QDBusMessage &message, const char *kind, const QStringList &known)
 {
     return message.createErrorReply(QStringLiteral("org.tarnwickle.voicecall.Error.NoSuchDevice"),
-        QStringLiteral("No %1 device has the id '%2'; there %3")
-            .arg(QLatin1String(kind), message.arguments().at(0).toString(),
-                known.isEmpty() ? QStringLiteral("is none")
-                                : QStringLiteral("are: ") + known.join(QLatin1String(", "))));
+        QStringLiteral("No %1 device has the id '%2'; %3")
+            .arg(QLatin1String(kind), message.arguments().at(0).toString(), BusReply::thereIs(known)));
 }
 
 QDBusMessage AudioInterface::selectInputDevice(const QDBusMessage &message)

@@ -4,7 +4,7 @@
 #ifndef VOICECALLD_AUDIOINTERFACE_H
 #define VOICECALLD_AUDIOINTERFACE_H
 
-#include "businterface.h"
+#include "busserver/businterface.h"
 
 class AudioRouting;
 
@@ -16,7 +16,6 @@ class AudioInterface : public BusInterface
 public:
     explicit AudioInterface(AudioRouting *audio);
 
-    QDBusMessage call(const QDBusMessage &message) override;
     QVariantMap properties() const override;
 
 private:

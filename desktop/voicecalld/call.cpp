@@ -39,10 +39,11 @@ static const HandlerProperty handlerProperties[] = {
     {"Forwarded", [](const Handler &handler) -> QVariant { return handler.isForwarded(); }},
 };
 
-Call::Call(Handler *handler, const ProviderInfo &provider, QObject *parent)
+Call::Call(Handler *handler, const ProviderInfo &provider, const Bounds &bounds, QObject *parent)
     : QObject(parent),
       m_handler(handler),
       m_provider(provider),
+      m_bounds(bounds),
       m_id(handler->handlerId()),
       m_properties(read())
 {
@@ -75,8 +76,11 @@ QVariantMap Call::read() const
         {QStringLiteral("ProviderId"), m_provider.id},
         {QStringLiteral("ProviderType"), m_provider.type},
     };
-    for (const HandlerProperty &property : handlerProperties)
-        properties.insert(QLatin1String(property.name), property.read(*m_handler));
+    for (const HandlerProperty &property : handlerProperties) {
+        const QVariant value = property.read(*m_handler);
+        properties.insert(QLatin1String(property.name),
+            value.userType() == QMetaType::QString ? m_bounds.cut(value.toString()) : value);
+    }
     return properties;
 }
 

@@ -4,6 +4,7 @@
 #ifndef VOICECALLD_CALL_H
 #define VOICECALLD_CALL_H
 
+#include "bounds.h"
 #include "providerinfo.h"
 
 #include <abstractvoicecallhandler.h>
@@ -15,14 +16,14 @@
  * One entry of the call list: follows a handler from the moment the handler is announced until release().
  *
  * Its properties are those of org.tarnwickle.voicecall.Call1, read anew whenever the handler signals
- * anything.
+ * anything. Texts are cut as the bounds say.
  */
 class Call : public QObject
 {
     Q_OBJECT
 
 public:
-    Call(AbstractVoiceCallHandler *handler, const ProviderInfo &provider, QObject *parent);
+    Call(AbstractVoiceCallHandler *handler, const ProviderInfo &provider, const Bounds &bounds, QObject *parent);
 
     QString id() const { return m_id; }
     const QString &providerId() const { return m_provider.id; }
@@ -47,6 +48,7 @@ private:
 
     QPointer<AbstractVoiceCallHandler> m_handler;
     ProviderInfo m_provider;
+    Bounds m_bounds;
     QString m_id;
     QVariantMap m_properties;
 };

@@ -4,7 +4,7 @@
 #ifndef VOICECALLD_CALLINTERFACE_H
 #define VOICECALLD_CALLINTERFACE_H
 
-#include "businterface.h"
+#include "busserver/businterface.h"
 
 #include <QtCore/QPointer>
 
@@ -18,7 +18,6 @@ class CallInterface : public BusInterface
 public:
     explicit CallInterface(Call *call);
 
-    QDBusMessage call(const QDBusMessage &message) override;
     QVariantMap properties() const override;
 
 private:

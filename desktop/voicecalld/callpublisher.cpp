@@ -3,7 +3,7 @@
 
 #include "callpublisher.h"
 
-#include "bustree.h"
+#include "busserver/bustree.h"
 #include "call.h"
 #include "callinterface.h"
 #include "voicecallmanager.h"

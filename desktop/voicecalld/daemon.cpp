@@ -3,14 +3,15 @@
 
 #include "daemon.h"
 
-#include "programs/unixsignals.h"
 #include "audiobackends.h"
 #include "audiointerface.h"
 #include "audiorouting.h"
-#include "bustree.h"
+#include "buslink.h"
+#include "busserver/bustree.h"
 #include "callpublisher.h"
 #include "managerinterface.h"
 #include "pluginset.h"
+#include "programs/log.h"
 #include "voicecallmanager.h"
 
 #include <QtCore/QCoreApplication>
@@ -18,19 +19,35 @@
 #include <QtCore/QTimer>
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusError>
-#include <csignal>
 #include <cstdio>
+#include <unistd.h>
 
 static const QString serviceName = QStringLiteral("org.tarnwickle.voicecall");
 static const QString rootPath = QStringLiteral("/org/tarnwickle/voicecall");
 
 static int fail(const QString &reason)
 {
-    std::fprintf(stderr, "voicecalld: %s\n", qUtf8Printable(reason.simplified()));
+    Log::complain(reason.simplified());
     return 1;
 }
 
-Daemon::Daemon(const Options &options) : m_options(options), m_bus(QDBusConnection::sessionBus()) { }
+Daemon::Daemon(const Options &options)
+    : m_options(options),
+      m_bus(QDBusConnection::sessionBus()),
+      m_questionBus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("questions"))),
+      m_hearing(m_bus, m_questionBus)
+{
+    BusLink::setLargestMessage(m_options.bounds.largestMessage);
+    for (const QDBusConnection &bus : {m_bus, m_questionBus}) {
+        if (bus.isConnected())
+            BusLink::readWithoutLimit(bus);
+    }
+    connect(&m_hearing, &HearingCheck::isDeaf, this, [] {
+        fail(QStringLiteral("the bus daemon answers others, but nothing arrives here any more"));
+        // Taking things apart asks the daemon this and that, and would wait for each answer.
+        _exit(1);
+    });
+}
 
 int Daemon::run()
 {
@@ -44,20 +61,16 @@ int Daemon::run()
     m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SLOT(onBusLost()));
 
-    // From here on, so that an end in the middle of all this is a clean one too.
-    const UnixSignals signalWatch({SIGINT, SIGTERM});
-    connect(&signalWatch, &UnixSignals::received, this, [] { QCoreApplication::exit(0); });
-
     AudioRouting audio(backend.get());
     // Listens to the audio before the plug-ins do: what they do about a change is published behind it.
     auto audioInterface = std::make_unique<AudioInterface>(&audio);
-    VoiceCallManager manager(&audio);
+    VoiceCallManager manager(&audio, m_options.bounds);
     PluginSet plugins(&manager);
     if (!loadPlugins(plugins))
         return 1;
 
     BusTree tree(m_bus, rootPath);
-    if (!tree.isPublished())
+    if (!tree.publish())
         return fail(QStringLiteral("a plug-in has taken the place of %1 on the bus").arg(rootPath));
     tree.addToRoot(std::make_unique<ManagerInterface>(&manager));
     tree.addToRoot(std::move(audioInterface));
@@ -98,6 +111,7 @@ int Daemon::serve(const PluginSet &plugins)
             QCoreApplication::exit(1);
     });
     const int code = QCoreApplication::exec();
+    m_supervisor.isStopping();
     m_bus.unregisterService(serviceName);
     return code;
 }
@@ -110,11 +124,20 @@ int Daemon::claimName(const PluginSet &plugins)
     if (!claimed.isValid())
         return fail(QStringLiteral("cannot own %1: %2").arg(serviceName, claimed.error().message()));
     if (claimed.value() != QDBusConnectionInterface::ServiceRegistered)
-        return fail(QStringLiteral("another program owns %1 already").arg(serviceName));
+        return fail(anotherOwner());
     std::printf("voicecalld: ready as %s with %s\n", qUtf8Printable(serviceName),
         qUtf8Printable(plugins.ids().join(QLatin1String(", "))));
     std::fflush(stdout);
+    m_supervisor.isReady();
+    m_hearing.start(m_options.hearingCheckInterval);
     return 0;
+}
+
+QString Daemon::anotherOwner() const
+{
+    const QDBusReply<uint> pid = m_bus.interface()->servicePid(serviceName);
+    const QString who = pid.isValid() ? QStringLiteral(", the process %1").arg(pid.value()) : QString();
+    return QStringLiteral("another program owns %1 already%2").arg(serviceName, who);
 }
 
 void Daemon::onBusLost()

@@ -4,7 +4,9 @@
 #ifndef VOICECALLD_DAEMON_H
 #define VOICECALLD_DAEMON_H
 
+#include "hearingcheck.h"
 #include "options.h"
+#include "supervisor.h"
 
 #include <QtCore/QObject>
 #include <QtDBus/QDBusConnection>
@@ -30,9 +32,14 @@ private:
     /** Runs the event loop, in which the name is claimed. */
     int serve(const PluginSet &plugins);
     int claimName(const PluginSet &plugins);
+    /** What is wrong when the name is taken. */
+    QString anotherOwner() const;
 
     Options m_options;
     QDBusConnection m_bus;
+    QDBusConnection m_questionBus;
+    HearingCheck m_hearing;
+    Supervisor m_supervisor;
 };
 
 #endif

@@ -4,7 +4,7 @@
 #ifndef VOICECALLD_FAKEAUDIOINTERFACE_H
 #define VOICECALLD_FAKEAUDIOINTERFACE_H
 
-#include "businterface.h"
+#include "busserver/businterface.h"
 
 class FakeAudio;
 
@@ -15,8 +15,6 @@ class FakeAudioInterface : public BusInterface
 
 public:
     explicit FakeAudioInterface(FakeAudio *audio);
-
-    QDBusMessage call(const QDBusMessage &message) override;
 
 private:
     QDBusMessage addDevice(const QDBusMessage &message);

@@ -3,17 +3,34 @@
 
 #include "managerinterface.h"
 
+#include "busserver/busreply.h"
 #include "voicecallmanager.h"
 
 #include <abstractvoicecallprovider.h>
 
 #include <QtCore/QPointer>
 
+// What an error names of what the caller has sent, and of what there is.
+static constexpr int namedCharacters = 1024;
+static constexpr int namedProviders = 20;
+
 ManagerInterface::ManagerInterface(VoiceCallManager *manager)
-    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Manager1")),
+    : BusInterface(QStringLiteral("org.tarnwickle.voicecall.Manager1"),
+        {{QStringLiteral("Dial"), [this](const QDBusMessage &message) { return dial(message); }}}),
       m_manager(manager)
 {
-    connect(manager, &VoiceCallManager::providersChanged, this, [this] { emit propertiesChanged(properties()); });
+    connect(manager, &VoiceCallManager::providerAdded, this, [this](const ProviderInfo &provider) {
+        tell(QStringLiteral("ProviderAdded"), {provider.id, provider.type});
+    });
+    connect(manager, &VoiceCallManager::providerRemoved, this,
+        [this](const QString &id) { tell(QStringLiteral("ProviderRemoved"), {id}); });
+}
+
+void ManagerInterface::tell(const QString &change, const QVariantList &arguments)
+{
+    // By name only: the list is long where there are many providers, and each that comes would make it be sent.
+    emit propertiesChanged({{QStringLiteral("Providers"), QVariant()}});
+    emit raised(change, arguments);
 }
 
 QVariantMap ManagerInterface::properties() const
@@ -21,8 +38,7 @@ QVariantMap ManagerInterface::properties() const
     return {{QStringLiteral("Providers"), QVariant::fromValue(m_manager->providers())}};
 }
 
-// Dial is its only method.
-QDBusMessage ManagerInterface::call(const QDBusMessage &message)
+QDBusMessage ManagerInterface::dial(const QDBusMessage &message) const
 {
     const QString id = message.arguments().at(0).toString();
     const QPointer<AbstractVoiceCallProvider> provider = m_manager->provider(id);
@@ -39,9 +55,10 @@ QString ManagerInterface::noSuchProvider(const QString &id) const
 {
     QStringList known;
     const ProviderList providers = m_manager->providers();
-    for (const ProviderInfo &provider : providers)
+    for (const ProviderInfo &provider : providers.mid(0, namedProviders))
         known.append(provider.id);
-    return QStringLiteral("No provider has the id '%1'; there %2")
-        .arg(id,
-            known.isEmpty() ? QStringLiteral("is none") : QStringLiteral("are: ") + known.join(QLatin1String(", ")));
+    if (providers.size() > namedProviders)
+        known.append(QStringLiteral("and %1 more").arg(providers.size() - namedProviders));
+    return QStringLiteral("No provider has the id '%1'; %2")
+        .arg(id.size() > namedCharacters ? id.left(namedCharacters) + QChar(0x2026) : id, BusReply::thereIs(known));
 }

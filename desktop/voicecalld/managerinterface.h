@@ -4,7 +4,7 @@
 #ifndef VOICECALLD_MANAGERINTERFACE_H
 #define VOICECALLD_MANAGERINTERFACE_H
 
-#include "businterface.h"
+#include "busserver/businterface.h"
 
 class VoiceCallManager;
 
@@ -16,10 +16,11 @@ class ManagerInterface : public BusInterface
 public:
     explicit ManagerInterface(VoiceCallManager *manager);
 
-    QDBusMessage call(const QDBusMessage &message) override;
     QVariantMap properties() const override;
 
 private:
+    void tell(const QString &change, const QVariantList &arguments);
+    QDBusMessage dial(const QDBusMessage &message) const;
     QString noSuchProvider(const QString &id) const;
 
     VoiceCallManager *m_manager;

@@ -3,15 +3,81 @@
 
 #include "options.h"
 
+#include "programs/log.h"
+
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <cstdio>
+#include <QtCore/QVector>
 #include <cstdlib>
 
 [[noreturn]] static void refuse(const QString &reason)
 {
-    std::fprintf(stderr, "voicecalld: %s; 'voicecalld --help' shows what there is\n", qUtf8Printable(reason));
+    Log::complain(reason + QStringLiteral("; 'voicecalld --help' shows what there is"));
     std::exit(2);
+}
+
+namespace {
+
+/** An option whose value is a number from 0 up, and where it goes. */
+struct NumberOption
+{
+    const char *name;
+    const char *value;
+    const char *help;
+    int *target;
+};
+
+} // namespace
+
+static QVector<NumberOption> numberOptions(Options *options)
+{
+    Bounds &bounds = options->bounds;
+    return {
+        {"longest-text", "NUMBER", "Characters of a name or address that are shown.", &bounds.longestText},
+        {"most-calls", "NUMBER", "Calls that are shown in all.", &bounds.calls.inAll},
+        {"most-calls-each", "NUMBER", "Calls of one application that are shown.", &bounds.calls.ofEach},
+        {"most-providers", "NUMBER", "Providers that are shown in all.", &bounds.providers.inAll},
+        {"most-providers-each", "NUMBER", "Providers of one application that are shown.", &bounds.providers.ofEach},
+        {"largest-message", "BYTES", "The bus daemon's limit max_message_size: what is larger is not sent.",
+            &bounds.largestMessage},
+        {"hearing-check", "MILLISECONDS", "Time between two looks whether the bus is still heard.",
+            &options->hearingCheckInterval},
+    };
+}
+
+static void addNumbers(QCommandLineParser *parser, const QVector<NumberOption> &numbers)
+{
+    for (const NumberOption &number : numbers) {
+        const QString help = QStringLiteral("%1 Without this option it is %2, 0 is for no limit.");
+        parser->addOption({QLatin1String(number.name), help.arg(QLatin1String(number.help)).arg(*number.target),
+            QLatin1String(number.value)});
+    }
+}
+
+static void readNumbers(const QCommandLineParser &parser, const QVector<NumberOption> &numbers)
+{
+    for (const NumberOption &number : numbers) {
+        const QString name = QLatin1String(number.name);
+        if (!parser.isSet(name))
+            continue;
+        bool isNumber = false;
+        *number.target = parser.value(name).toInt(&isNumber);
+        if (!isNumber || *number.target < 0)
+            refuse(QStringLiteral("--%1 takes a number from 0 up, not '%2'").arg(name, parser.value(name)));
+    }
+}
+
+static void answerQuestions(
+    QCommandLineParser *parser, const QCommandLineOption &help, const QCommandLineOption &version)
+{
+    if (!parser->parse(QCoreApplication::arguments()))
+        refuse(parser->errorText().section(QLatin1Char('.'), 0, -2));
+    if (parser->isSet(help))
+        parser->showHelp();
+    if (parser->isSet(version))
+        parser->showVersion();
+    if (!parser->positionalArguments().isEmpty())
+        refuse(QStringLiteral("'%1' is not an option").arg(parser->positionalArguments().constFirst()));
 }
 
 Options Options::read()
@@ -35,14 +101,15 @@ Options Options::read()
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({plugin, directory, audio, trace});
-    if (!parser.parse(QCoreApplication::arguments()))
-        refuse(parser.errorText().section(QLatin1Char('.'), 0, -2));
-    if (parser.isSet(help))
-        parser.showHelp();
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (!parser.positionalArguments().isEmpty())
-        refuse(QStringLiteral("'%1' is not an option").arg(parser.positionalArguments().constFirst()));
-
-    return {parser.values(plugin), parser.values(directory), parser.value(audio), parser.isSet(trace)};
+    Options options;
+    const QVector<NumberOption> numbers = numberOptions(&options);
+    addNumbers(&parser, numbers);
+    answerQuestions(&parser, help, version);
+    readNumbers(parser, numbers);
+    options.pluginFiles = parser.values(plugin);
+    options.pluginDirectories = parser.values(directory);
+    options.audio = parser.value(audio);
+    options.trace = parser.isSet(trace);
+    options.bounds = options.bounds.fitting();
+    return options;
 }

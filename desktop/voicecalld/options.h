@@ -4,6 +4,8 @@
 #ifndef VOICECALLD_OPTIONS_H
 #define VOICECALLD_OPTIONS_H
 
+#include "bounds.h"
+
 #include <QtCore/QStringList>
 
 /** What the command line asks for. */
@@ -13,6 +15,9 @@ struct Options
     QStringList pluginDirectories;
     QString audio;
     bool trace = false;
+    Bounds bounds;
+    /** Milliseconds between two looks whether the bus is still heard; 0 for never. */
+    int hearingCheckInterval = 60000;
 
     /**
      * Reads the arguments of the application object. Ends the program where the command line asks for a

@@ -10,7 +10,11 @@
 
 #include <algorithm>
 
-VoiceCallManager::VoiceCallManager(AudioRouting *audio) : m_audio(audio)
+VoiceCallManager::VoiceCallManager(AudioRouting *audio, const Bounds &bounds)
+    : m_audio(audio),
+      m_bounds(bounds),
+      m_providerQuota("call managers", bounds.providers),
+      m_callQuota("calls", bounds.calls)
 {
     connect(audio, &AudioRouting::devicesChanged, this, &VoiceCallManagerInterface::devicesChanged);
     connect(audio, &AudioRouting::inputDeviceChanged, this, &VoiceCallManagerInterface::selectedInputDeviceChanged);
@@ -26,21 +30,47 @@ void VoiceCallManager::addProvider(AbstractVoiceCallProvider *provider)
         return;
     }
     const ProviderInfo info = {provider->providerId(), provider->providerType()};
-    if (this->provider(info.id)) {
+    const auto isSame = [&](const Provider &known) { return known.info.id == info.id; };
+    if (std::any_of(m_providers.cbegin(), m_providers.cend(), isSame)) {
         qCWarning(voicecall, "A second provider with the id '%s' was added: ignored", qUtf8Printable(info.id));
         return;
     }
-    m_providers.append(Provider{provider, info, ++m_serial});
+    m_providers.append(Provider{provider, info, ++m_serial, false});
     connect(provider, &QObject::destroyed, this, [=] { forget(provider); });
     connect(provider, &AbstractVoiceCallProvider::voiceCallAdded, this,
         [=](AbstractVoiceCallHandler *handler) { addCall(provider, handler); });
     connect(provider, &AbstractVoiceCallProvider::voiceCallRemoved, this,
         [=](const QString &id) { removeCall(provider, id); });
-    emit providersChanged();
+    if (show(&m_providers.last()))
+        addCalls(provider, {});
+}
 
+// The bus tells applications apart, and none can choose how it is named there.
+static QString applicationOf(const QString &providerId) { return providerId.section(QLatin1Char('/'), 0, 1); }
+
+bool VoiceCallManager::show(Provider *provider)
+{
+    const ProviderInfo info = provider->info;
+    if (!m_bounds.admitsId(info.id)) {
+        if (!m_hasWarnedOfIds)
+            qCWarning(voicecall, "The id of a provider is too long to be shown: it is hidden, as will be others");
+        m_hasWarnedOfIds = true;
+        return false;
+    }
+    provider->isShown = m_providerQuota.take(applicationOf(info.id));
+    m_hidesSomething |= !provider->isShown;
+    if (provider->isShown)
+        emit providerAdded(info);
+    return provider->isShown;
+}
+
+void VoiceCallManager::addCalls(AbstractVoiceCallProvider *provider, const Handlers &known)
+{
     const QList<AbstractVoiceCallHandler *> handlers = provider->voiceCalls();
-    for (AbstractVoiceCallHandler *handler : handlers)
-        addCall(provider, handler);
+    for (AbstractVoiceCallHandler *handler : handlers) {
+        if (!known.contains(handler))
+            addCall(provider, handler);
+    }
 }
 
 void VoiceCallManager::removeProvider(AbstractVoiceCallProvider *provider)
@@ -76,15 +106,17 @@ void VoiceCallManager::selectOutputDevice(const QString &id)
 ProviderList VoiceCallManager::providers() const
 {
     ProviderList infos;
-    for (const Provider &provider : m_providers)
-        infos.append(provider.info);
+    for (const Provider &provider : m_providers) {
+        if (provider.isShown)
+            infos.append(provider.info);
+    }
     return infos;
 }
 
 AbstractVoiceCallProvider *VoiceCallManager::provider(const QString &id) const
 {
-    const auto found = std::find_if(
-        m_providers.begin(), m_providers.end(), [&](const Provider &provider) { return provider.info.id == id; });
+    const auto found = std::find_if(m_providers.begin(), m_providers.end(),
+        [&](const Provider &provider) { return provider.isShown && provider.info.id == id; });
     return found == m_providers.end() ? nullptr : found->object;
 }
 
@@ -98,12 +130,17 @@ const VoiceCallManager::Provider *VoiceCallManager::find(const AbstractVoiceCall
 void VoiceCallManager::addCall(AbstractVoiceCallProvider *provider, AbstractVoiceCallHandler *handler)
 {
     const Provider *known = find(provider);
-    if (!known || !handler)
+    if (!known || !known->isShown || !handler)
         return;
-    auto *call = new Call(handler, known->info, this);
+    if (!m_callQuota.take(applicationOf(known->info.id))) {
+        m_hidesSomething = true;
+        return;
+    }
+    auto *call = new Call(handler, known->info, m_bounds, this);
     const auto taken = [call](const Call *other) { return other->id() == call->id(); };
     if (std::any_of(m_calls.cbegin(), m_calls.cend(), taken)) {
         qCWarning(voicecall, "A call with the id '%s' is there already: ignored", qUtf8Printable(call->id()));
+        m_callQuota.giveBack(applicationOf(call->providerId()));
         delete call;
         return;
     }
@@ -129,19 +166,46 @@ void VoiceCallManager::removeCall(Call *call)
     m_calls.removeOne(call);
     emit callRemoved(call->id());
     call->deleteLater();
+    m_callQuota.giveBack(applicationOf(call->providerId()));
+    revealLater();
 }
 
 void VoiceCallManager::forget(AbstractVoiceCallProvider *provider)
 {
     // It may be half destroyed: its address is all that is used of it.
-    const ProviderInfo info = find(provider)->info;
+    const Provider gone = *find(provider);
     const QVector<Call *> calls = m_calls;
     for (Call *call : calls) {
-        if (call->providerId() == info.id && m_calls.contains(call))
+        if (call->providerId() == gone.info.id && m_calls.contains(call))
             removeCall(call);
     }
     m_providers.erase(std::remove_if(m_providers.begin(), m_providers.end(),
                           [=](const Provider &known) { return known.object == provider; }),
         m_providers.end());
-    emit providersChanged();
+    if (!gone.isShown)
+        return;
+    m_providerQuota.giveBack(applicationOf(gone.info.id));
+    emit providerRemoved(gone.info.id);
+    revealLater();
+}
+
+void VoiceCallManager::revealLater()
+{
+    if (!m_hidesSomething || m_isToReveal)
+        return;
+    m_isToReveal = true;
+    QMetaObject::invokeMethod(this, &VoiceCallManager::reveal, Qt::QueuedConnection);
+}
+
+void VoiceCallManager::reveal()
+{
+    m_isToReveal = m_hidesSomething = false;
+    Handlers known;
+    for (const Call *call : qAsConst(m_calls))
+        known.insert(call->handler());
+    // By number: what plug-ins do when they are asked is theirs.
+    for (int i = 0; i < m_providers.size(); ++i) {
+        if (m_providers.at(i).isShown || show(&m_providers[i]))
+            addCalls(m_providers.at(i).object, known);
+    }
 }

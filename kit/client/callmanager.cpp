@@ -49,10 +49,9 @@ CallManagerPrivate::CallManagerPrivate(
     : q(manager),
       path(managerPath),
       connection(bus),
-      tree(managerPath, bus, nullptr),
+      tree(bus, managerPath),
       host(hostName, managerPath, bus, nullptr)
 {
-    registerWireTypes();
     if (!isObjectPath(path))
         fail(QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"),
             QStringLiteral("\"%1\" is no object path; one is like /org/example/calls").arg(path));
@@ -62,11 +61,11 @@ CallManagerPrivate::CallManagerPrivate(
     else if (!connection.isConnected())
         fail(QStringLiteral("org.freedesktop.DBus.Error.Disconnected"),
             QStringLiteral("no session bus: %1").arg(connection.lastError().message()));
-    else if (!tree.putOnBus())
+    else if (!tree.publish())
         fail(QStringLiteral("org.freedesktop.DBus.Error.ObjectPathInUse"),
             QStringLiteral("this program has something else on the bus at %1").arg(path));
     else
-        followHost();
+        followBus();
 }
 
 void CallManagerPrivate::fail(const QString &name, const QString &text)
@@ -75,6 +74,22 @@ void CallManagerPrivate::fail(const QString &name, const QString &text)
     errorName = name;
     errorString = text;
     qCWarning(client).noquote() << text;
+}
+
+void CallManagerPrivate::followBus()
+{
+    QObject::connect(&tree, &BusTree::called, q, [](const QDBusMessage &message) {
+        qCDebug(client).noquote() << message.path() << "received" << message.member() << message.arguments();
+    });
+    QObject::connect(&tree, &BusTree::missed, q, [this](const QDBusMessage &message) { onMissed(message); });
+    followHost();
+}
+
+// A host may still send commands to a call that has just gone.
+void CallManagerPrivate::onMissed(const QDBusMessage &message) const
+{
+    if (message.interface().startsWith(QLatin1String("zelkovar.Call.")) && host.refusal(message.service()).isEmpty())
+        emit q->lateCommand(message.path(), message.member());
 }
 
 void CallManagerPrivate::followHost()
@@ -98,9 +113,8 @@ void CallManagerPrivate::followHost()
     });
     QObject::connect(&host, &HostLink::vanished, q, [this] { onVanished(); });
     QObject::connect(&host, &HostLink::shown, q,
-        [this](const QString &object, const InterfaceMap &interfaces) { onShown(object, interfaces); });
+        [this](const QString &object, const BusInterfaceMap &interfaces) { onShown(object, interfaces); });
     QObject::connect(&host, &HostLink::busLost, q, [this] { onBusLost(); });
-    QObject::connect(&tree, &ObjectTree::lateCommand, q, &CallManager::lateCommand);
     host.start();
 }
 
@@ -136,7 +150,7 @@ void CallManagerPrivate::onBusLost()
     letOut();
 }
 
-void CallManagerPrivate::onShown(const QString &object, const InterfaceMap &interfaces) const
+void CallManagerPrivate::onShown(const QString &object, const BusInterfaceMap &interfaces) const
 {
     const QVariant status = interfaces.value(callInterface).value(QStringLiteral("Status"));
     CallPrivate *call = calls.value(object.mid(object.lastIndexOf(QLatin1Char('/')) + 1));
@@ -179,7 +193,8 @@ void CallManagerPrivate::letOut()
 {
     while (!m_keptBack.isEmpty()) {
         CallPrivate *call = m_keptBack.takeFirst();
-        tree.announce(&call->object);
+        qCDebug(client).noquote() << path << "sends InterfacesAdded" << call->object.path();
+        tree.addObject(call->object.path(), call->object.makeInterfaces(host));
         call->setAnnounced();
     }
 }
@@ -188,8 +203,10 @@ void CallManagerPrivate::withdraw(CallPrivate &call)
 {
     calls.remove(call.q->name());
     m_keptBack.removeOne(&call);
-    if (call.isAnnounced)
-        tree.withdraw(&call.object);
+    if (!call.isAnnounced)
+        return;
+    qCDebug(client).noquote() << path << "sends InterfacesRemoved" << call.object.path();
+    tree.removeObject(call.object.path());
 }
 
 // The bus handles the messages of a connection in order: when it has answered, it has them all.
@@ -233,6 +250,14 @@ QString CallManager::path() const { return d->path; }
 QString CallManager::hostName() const { return d->host.name(); }
 CallManager::State CallManager::state() const { return d->state; }
 QString CallManager::hostOwner() const { return d->host.owner(); }
+
+void CallManager::setCommanders(Commanders commanders) { d->host.setObeysAnyone(commanders == Commanders::Anyone); }
+
+CallManager::Commanders CallManager::commanders() const
+{
+    return d->host.obeysAnyone() ? Commanders::Anyone : Commanders::Host;
+}
+
 QString CallManager::errorName() const { return d->errorName; }
 QString CallManager::errorString() const { return d->errorString; }
 Call *CallManager::addCall(const CallDescription &description) { return d->addCall(description); }

@@ -4,8 +4,8 @@
 #ifndef RINGLETCLIENT_CALLMANAGER_P_H
 #define RINGLETCLIENT_CALLMANAGER_P_H
 
+#include "busserver/bustree.h"
 #include "hostlink.h"
-#include "objecttree.h"
 
 #include <RingletClient/callmanager.h>
 
@@ -37,7 +37,7 @@ public:
     CallManager *const q;
     const QString path;
     QDBusConnection connection;
-    ObjectTree tree;
+    BusTree tree;
     HostLink host;
     CallManager::State state = CallManager::State::Looking;
     QString errorName;
@@ -48,10 +48,12 @@ public:
 private:
     void fail(const QString &name, const QString &text);
     void setState(CallManager::State newState, const QString &name = {}, const QString &text = {});
+    void followBus();
     void followHost();
+    void onMissed(const QDBusMessage &message) const;
     void letOut();
     void onVanished();
-    void onShown(const QString &object, const InterfaceMap &interfaces) const;
+    void onShown(const QString &object, const BusInterfaceMap &interfaces) const;
     void onBusLost();
     QString nameFor(const CallDescription &description);
 

@@ -4,14 +4,17 @@
 #ifndef RINGLETCLIENT_CALLOBJECT_H
 #define RINGLETCLIENT_CALLOBJECT_H
 
+#include "busserver/businterface.h"
+#include "busserver/busobject.h"
 #include "wiretypes.h"
 
 #include <RingletClient/calldescription.h>
 
 #include <QtDBus/QDBusConnection>
-#include <QtDBus/QDBusMessage>
 
 namespace Ringlet {
+
+class HostLink;
 
 /** Takes the host's commands to a call. Arguments are what the interfaces say. */
 class CommandReceiver
@@ -27,7 +30,7 @@ public:
     virtual void updateAudioRoute(const AudioRoute &route) = 0;
 };
 
-/** A call as it stands on the bus: its interfaces, its signals, and the way of the host's commands to it. */
+/** A call as it stands on the bus: its interfaces and its signals. */
 class CallObject
 {
 public:
@@ -39,8 +42,13 @@ public:
     const CallDescription &description() const { return m_description; }
     CallStatus status() const { return m_status; }
 
-    /** The interfaces that the call has, with the properties as they are now. */
-    InterfaceMap interfaces() const;
+    CommandReceiver &receiver() const { return m_receiver; }
+
+    /** The interfaces that the call has. They refer to both objects. */
+    BusObject::Interfaces makeInterfaces(const HostLink &host) const;
+
+    /** Of zelkovar.Call.Call1, as they are now; the other interfaces have none. */
+    QVariantMap properties() const;
 
     /** What the property says from now on. */
     void setStatus(CallStatus status) { m_status = status; }
@@ -49,16 +57,7 @@ public:
     void sendMuteRequest(bool mute);
     void sendRouteRequest(const QString &input, const QString &output);
 
-    /** Handles a method call that is addressed to the object; the reply to send. */
-    QDBusMessage handle(const QDBusMessage &message);
-
 private:
-    struct Method;
-    static const QVector<Method> &methods();
-
-    QVariantMap properties() const;
-    bool offers(const QString &interface) const;
-    QDBusMessage dispatch(const QDBusMessage &message);
     void sendSignal(const QString &interface, const QString &member, const QVariantList &arguments);
 
     const QString m_path;

@@ -3,6 +3,7 @@
 
 #include "hostlink.h"
 
+#include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusPendingReply>
 
@@ -86,12 +87,20 @@ void HostLink::onAnswer(const QDBusMessage &answer)
         emit refused(answer.errorName(), answer.errorMessage());
 }
 
+QString HostLink::refusal(const QString &caller) const
+{
+    if (m_obeysAnyone || (!caller.isEmpty() && caller == owner()))
+        return {};
+    const QString who = owner().isEmpty() ? QStringLiteral("nobody does now") : owner() + QStringLiteral(" does now");
+    return QStringLiteral("Only the host may command a call: whoever owns %1; %2").arg(m_name, who);
+}
+
 void HostLink::onInterfacesAdded(const QDBusMessage &message)
 {
     if (message.service() != owner())
         return;
     const auto path = message.arguments().at(1).value<QDBusObjectPath>();
-    emit shown(path.path(), qdbus_cast<InterfaceMap>(message.arguments().at(2)));
+    emit shown(path.path(), qdbus_cast<BusInterfaceMap>(message.arguments().at(2)));
 }
 
 } // namespace Ringlet

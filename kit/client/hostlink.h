@@ -4,7 +4,7 @@
 #ifndef RINGLETCLIENT_HOSTLINK_H
 #define RINGLETCLIENT_HOSTLINK_H
 
-#include "wiretypes.h"
+#include "busserver/bustypes.h"
 
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
@@ -32,6 +32,17 @@ public:
     /** Unique name of the host, empty when there is none. */
     QString owner() const { return m_owner.value_or(QString()); }
 
+    /** Whether everybody may command, and not the host alone; at first not. */
+    void setObeysAnyone(bool obeysAnyone) { m_obeysAnyone = obeysAnyone; }
+    bool obeysAnyone() const { return m_obeysAnyone; }
+
+    /**
+     * Why the connection of this unique name may not command a call; empty if it may. The bus tells of a new owner
+     * before it delivers anything that the new owner sends, and both are handled in the order in which they came:
+     * the first command of a new host is the host's.
+     */
+    QString refusal(const QString &caller) const;
+
     /** Registers with the host that is there; its answer comes as registered() or refused(). */
     void registerManager();
 
@@ -52,7 +63,7 @@ Q_SIGNALS:
     void refused(const QString &errorName, const QString &text);
 
     /** The host shows the object at `path` of this application, which it saw with these interfaces. */
-    void shown(const QString &path, const InterfaceMap &interfaces);
+    void shown(const QString &path, const BusInterfaceMap &interfaces);
 
     /** Nothing can be sent or received any more. */
     void busLost();
@@ -70,6 +81,7 @@ private:
     QDBusServiceWatcher m_watcher;
     /** Empty when there is no host; unset until the bus has told. */
     std::optional<QString> m_owner;
+    bool m_obeysAnyone = false;
 };
 
 } // namespace Ringlet

@@ -3,7 +3,9 @@
 
 #include "wiretypes.h"
 
-#include <QtDBus/QDBusMetaType>
+#include "busserver/plainvalue.h"
+
+#include <QtDBus/QDBusArgument>
 
 namespace Ringlet {
 
@@ -11,31 +13,13 @@ const QString callInterface = QStringLiteral("zelkovar.Call.Call1");
 const QString dtmfInterface = QStringLiteral("zelkovar.Call.DTMF1");
 const QString audioInterface = QStringLiteral("zelkovar.Call.AudioControl1");
 
-void registerWireTypes()
-{
-    qDBusRegisterMetaType<InterfaceMap>();
-    qDBusRegisterMetaType<ObjectMap>();
-}
-
-// A value of a compound type would keep the whole message that it came in.
-static QVariantMap withoutCompounds(QVariantMap properties)
-{
-    for (auto property = properties.begin(); property != properties.end();) {
-        if (property->userType() == qMetaTypeId<QDBusArgument>())
-            property = properties.erase(property);
-        else
-            ++property;
-    }
-    return properties;
-}
-
 static AudioDevice readDevice(const QDBusArgument &argument)
 {
     AudioDevice device;
     argument.beginStructure();
     argument >> device.id >> device.type >> device.isInput >> device.isOutput >> device.name >> device.properties;
     argument.endStructure();
-    device.properties = withoutCompounds(device.properties);
+    device.properties = PlainValue::plain(device.properties);
     return device;
 }
 

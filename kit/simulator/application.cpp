@@ -10,8 +10,8 @@
 using Ringlet::Call;
 using Ringlet::CallManager;
 
-Application::Application(
-    const QString &name, const QString &host, const QStringList &managers, EventLog &events, QObject *parent)
+Application::Application(const QString &name, const QString &host, const QStringList &managers,
+    CallManager::Commanders commanders, EventLog &events, QObject *parent)
     : QObject(parent),
       m_endpoint(name, events)
 {
@@ -20,6 +20,8 @@ Application::Application(
     m_endpoint.onDisconnected(this, SIGNAL(busLost()));
     for (const QString &path : managers)
         addManager(path, host);
+    for (CallManager *manager : qAsConst(m_managers))
+        manager->setCommanders(commanders);
     followHost(*m_managers.constFirst());
 }
 

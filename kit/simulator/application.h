@@ -17,8 +17,8 @@ class Application : public QObject
     Q_OBJECT
 public:
     /** `managers` are object paths, at least one; `host` is the bus name of the host. */
-    Application(
-        const QString &name, const QString &host, const QStringList &managers, EventLog &events, QObject *parent);
+    Application(const QString &name, const QString &host, const QStringList &managers,
+        Ringlet::CallManager::Commanders commanders, EventLog &events, QObject *parent);
     ~Application() override;
 
     /** If not, nothing else can be done with it. */

@@ -5,11 +5,12 @@
 #define SIMULATOR_EVENTLOG_H
 
 #include <QtCore/QObject>
-#include <QtCore/QStringList>
+#include <QtCore/QQueue>
 
 /**
  * What happens, one line each: printed on standard output at once, and kept for a script that waits for
- * it. The lines are documented in docs/simulator.md; other programs read them.
+ * it. Lines that are very long are cut, and of lines that no script asks for the oldest go. They are documented
+ * in docs/simulator.md; other programs read them.
  */
 class EventLog : public QObject
 {
@@ -17,18 +18,20 @@ class EventLog : public QObject
 public:
     void add(const QString &line);
 
-    int count() const { return m_lines.size(); }
+    bool isEmpty() const { return m_lines.isEmpty(); }
 
-    QString at(int index) const { return m_lines.at(index); }
+    /** The oldest line that is kept, and no longer so. */
+    QString take();
 
-    /** Prints a line that is an answer to a command, and no event. */
+    /** Prints lines that are an answer to a command, and no event. */
     static void print(const QString &line);
 
 Q_SIGNALS:
     void added();
 
 private:
-    QStringList m_lines;
+    QQueue<QString> m_lines;
+    int m_characters = 0;
 };
 
 #endif

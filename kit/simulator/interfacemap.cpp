@@ -5,17 +5,8 @@
 
 #include "typedvalue.h"
 
-#include <QtDBus/QDBusArgument>
-#include <QtDBus/QDBusMetaType>
-
 static const QStringList shortNames
     = {QStringLiteral("Call1"), QStringLiteral("DTMF1"), QStringLiteral("AudioControl1")};
-
-void registerInterfaceMaps()
-{
-    qDBusRegisterMetaType<RawInterfaceMap>();
-    qDBusRegisterMetaType<RawObjectMap>();
-}
 
 QString interfaceName(const QString &word)
 {
@@ -39,7 +30,7 @@ static QString readProperty(const QString &word, int equals, QVariantMap *proper
     return error;
 }
 
-QString readInterfaces(const QStringList &words, RawInterfaceMap *interfaces)
+QString readInterfaces(const QStringList &words, BusInterfaceMap *interfaces)
 {
     QString current;
     QString error;

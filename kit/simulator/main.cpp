@@ -1,25 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "../common/stopsignals.h"
 #include "commandinterpreter.h"
 #include "options.h"
+#include "programs/log.h"
+#include "programs/unixsignals.h"
 #include "scriptrunner.h"
 #include "standardinput.h"
 #include "words.h"
 
 #include <QtCore/QCoreApplication>
-#include <cstdio>
+#include <csignal>
 
 namespace {
 
-enum ExitCode { Success = 0, ScriptFailed = 1, WrongUsage = 2, NoBus = 3 };
-
-void complain(const QString &message) { std::fprintf(stderr, "ringlet-sim: %s\n", qPrintable(message)); }
+enum ExitCode { Success = 0, Failed = 1, WrongUsage = 2, NoBus = 3 };
 
 int complain(const QString &message, ExitCode code)
 {
-    complain(message);
+    Log::complain(message);
     return code;
 }
 
@@ -27,12 +26,12 @@ void obey(CommandInterpreter &interpreter, const QString &line)
 {
     QStringList words;
     if (!splitWords(line, &words))
-        return complain(QStringLiteral("a quote is not closed"));
+        return Log::complain(QStringLiteral("a quote is not closed"));
     if (words.isEmpty())
         return;
     const QString error = interpreter.execute(words);
     if (!error.isEmpty())
-        complain(error);
+        Log::complain(error);
 }
 
 // Everything that drives the applications; returns when they are to end.
@@ -41,7 +40,9 @@ int run(const Options &options, const Script &script, Simulation &simulation, Ev
     CommandInterpreter interpreter(simulation, events);
     ScriptRunner runner(script, interpreter, events);
     StandardInput input;
-    StopSignals stopSignals;
+    const UnixSignals stopSignals({SIGINT, SIGTERM}, UnixSignals::Second::EndsTheProcess);
+    if (!stopSignals.errorString().isEmpty())
+        return complain(stopSignals.errorString(), Failed);
     int exitCode = Success;
 
     const auto end = [&] { simulation.end(); };
@@ -49,11 +50,11 @@ int run(const Options &options, const Script &script, Simulation &simulation, Ev
     QObject::connect(&simulation, &Simulation::busLost,
         [] { QCoreApplication::exit(complain(QStringLiteral("the session bus has gone"), NoBus)); });
     QObject::connect(&interpreter, &CommandInterpreter::quitRequested, end);
-    QObject::connect(&stopSignals, &StopSignals::received, end);
+    QObject::connect(&stopSignals, &UnixSignals::received, end);
     QObject::connect(&input, &StandardInput::endedByUser, end);
     QObject::connect(&input, &StandardInput::lineRead, [&](const QString &line) { obey(interpreter, line); });
     QObject::connect(&runner, &ScriptRunner::failed, [&](const QString &message) {
-        exitCode = complain(message, ScriptFailed);
+        exitCode = complain(message, Failed);
         simulation.end();
     });
     QObject::connect(&runner, &ScriptRunner::succeeded, [&] {
@@ -77,6 +78,7 @@ int run(const Options &options, const Script &script, Simulation &simulation, Ev
 int main(int argc, char *argv[])
 {
     QCoreApplication qtApplication(argc, argv);
+    Log::begin(QStringLiteral("ringlet-sim"));
     Options options;
     const QString fault = options.read(QCoreApplication::arguments());
     if (!fault.isEmpty())
@@ -91,7 +93,9 @@ int main(int argc, char *argv[])
         return complain(scriptFault, WrongUsage);
 
     EventLog events;
-    Simulation simulation(options.host, events);
+    const auto commanders
+        = options.obeysAnyone ? Ringlet::CallManager::Commanders::Anyone : Ringlet::CallManager::Commanders::Host;
+    Simulation simulation(options.host, commanders, events);
     const QString busFault = simulation.addApplication({}, options.managers);
     if (!busFault.isEmpty())
         return complain(busFault, NoBus);

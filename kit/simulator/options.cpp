@@ -32,6 +32,8 @@ struct CommandLine
     QCommandLineOption without{QStringLiteral("without"),
         QStringLiteral("These calls lack a feature: tones, hold or audio; may be repeated."),
         QStringLiteral("FEATURE")};
+    QCommandLineOption anyone{
+        QStringLiteral("anyone"), QStringLiteral("Obey everybody, not the host alone: for playing the host by hand.")};
     QCommandLineOption script{QStringLiteral("script"),
         QStringLiteral("Run a script instead of reading commands, then end."), QStringLiteral("FILE")};
     QCommandLineOption scenario{QStringLiteral("scenario"),
@@ -52,8 +54,8 @@ CommandLine::CommandLine()
     parser.setApplicationDescription(
         QStringLiteral("An application that carries calls, for trying a voice-call host.\n"
                        "It registers with the host, obeys it, and prints a line for everything that happens."));
-    parser.addOptions(
-        {host, manager, incoming, outgoing, name, without, script, scenario, listScenarios, stay, help, version});
+    parser.addOptions({host, manager, incoming, outgoing, name, without, anyone, script, scenario, listScenarios, stay,
+        help, version});
 }
 
 QString CommandLine::helpText() const
@@ -151,6 +153,7 @@ QString Options::read(const QStringList &arguments)
         return QStringLiteral("\"%1\" is no option").arg(line.parser.positionalArguments().constFirst());
     answer = answerTo(line);
     host = line.parser.value(line.host);
+    obeysAnyone = line.parser.isSet(line.anyone);
     if (!isBusName(host))
         return QStringLiteral("--host: \"%1\" is no bus name; one is like org.example.Host").arg(host);
     QString fault = readManagers(line, &managers);

@@ -18,6 +18,8 @@ struct Options
     QString script;
     QString scriptName;
     bool stay = false;
+    /** Whether everybody may command the calls, and not the host alone. */
+    bool obeysAnyone = false;
     /** What to print instead of doing anything: help, the scenarios or the version. */
     QString answer;
 

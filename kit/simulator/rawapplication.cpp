@@ -3,6 +3,7 @@
 
 #include "rawapplication.h"
 
+#include "busserver/busreply.h"
 #include "typedvalue.h"
 #include "words.h"
 
@@ -17,7 +18,7 @@ RawApplication::RawApplication(const QString &name, const QString &host, EventLo
       m_host(host),
       m_endpoint(name, events)
 {
-    registerInterfaceMaps();
+    registerBusTypes();
     m_endpoint.onDisconnected(this, SIGNAL(busLost()));
     m_endpoint.connection().registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath);
     follow(QStringLiteral("InterfacesAdded"), QStringLiteral("soa{sa{sv}}"), SLOT(onShown(QDBusMessage)));
@@ -61,7 +62,7 @@ void RawApplication::registerManager(const QString &path)
     });
 }
 
-void RawApplication::setObject(const QString &path, const RawInterfaceMap &interfaces)
+void RawApplication::setObject(const QString &path, const BusInterfaceMap &interfaces)
 {
     if (interfaces.isEmpty())
         m_objects.remove(QDBusObjectPath(path));
@@ -105,10 +106,11 @@ void RawApplication::onCommand(const QDBusMessage &message)
 
 void RawApplication::answer(const QDBusMessage &message, const Answering &answering, const QVariantList &right)
 {
-    if (!answering.isGiven || !message.isReplyRequired())
+    if (!answering.isGiven)
         return;
     const QDBusMessage reply = answering.error.isEmpty()
         ? message.createReply(answering.hasValues ? answering.values : right)
         : message.createErrorReply(answering.error, QStringLiteral("as the script says"));
-    QTimer::singleShot(answering.delayMs, this, [this, reply] { m_endpoint.connection().send(reply); });
+    QTimer::singleShot(
+        answering.delayMs, this, [this, message, reply] { BusReply::send(m_endpoint.connection(), message, reply); });
 }

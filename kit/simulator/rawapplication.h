@@ -13,7 +13,7 @@
 
 /**
  * An application that does what a script says and nothing by itself, right or wrong. It answers to every
- * object path.
+ * object path and to everybody, so it stands on no object tree, which would answer rightly.
  */
 class RawApplication : public QDBusVirtualObject
 {
@@ -29,7 +29,7 @@ public:
     void registerManager(const QString &path);
 
     /** What GetManagedObjects shows at a path, whichever manager is asked; nothing if there are no interfaces. */
-    void setObject(const QString &path, const RawInterfaceMap &interfaces);
+    void setObject(const QString &path, const BusInterfaceMap &interfaces);
 
     void setSnapshotAnswering(const Answering &answering) { m_snapshots = answering; }
     void setCommandAnswering(const Answering &answering) { m_commands = answering; }
@@ -58,7 +58,7 @@ private:
 
     const QString m_host;
     Endpoint m_endpoint;
-    RawObjectMap m_objects;
+    BusObjectMap m_objects;
     Answering m_snapshots;
     Answering m_commands;
 };

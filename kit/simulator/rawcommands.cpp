@@ -39,7 +39,7 @@ static QString commandAnswers(const QStringList &words, RawApplication *applicat
 }
 
 // A path, and interfaces with their properties behind it.
-static QString readObject(const QStringList &words, RawInterfaceMap *interfaces)
+static QString readObject(const QStringList &words, BusInterfaceMap *interfaces)
 {
     const QString error = pathFault(words.at(0));
     return error.isEmpty() ? readInterfaces(words.mid(1), interfaces) : error;
@@ -47,7 +47,7 @@ static QString readObject(const QStringList &words, RawInterfaceMap *interfaces)
 
 static QString object(const QStringList &words, RawApplication *application)
 {
-    RawInterfaceMap interfaces;
+    BusInterfaceMap interfaces;
     const QString error = readObject(words, &interfaces);
     if (error.isEmpty() && application)
         application->setObject(words.at(0), interfaces);
@@ -56,9 +56,9 @@ static QString object(const QStringList &words, RawApplication *application)
 
 // The two signals of an object manager: its path, an object, and something about interfaces.
 static QString tellOfObject(const QStringList &words, RawApplication *application, const char *member,
-    QVariant (*about)(const RawInterfaceMap &interfaces))
+    QVariant (*about)(const BusInterfaceMap &interfaces))
 {
-    RawInterfaceMap interfaces;
+    BusInterfaceMap interfaces;
     QString error = pathFault(words.at(0));
     if (error.isEmpty())
         error = readObject(words.mid(1), &interfaces);
@@ -71,13 +71,13 @@ static QString tellOfObject(const QStringList &words, RawApplication *applicatio
 static QString added(const QStringList &words, RawApplication *application)
 {
     return tellOfObject(words, application, "InterfacesAdded",
-        [](const RawInterfaceMap &interfaces) { return QVariant::fromValue(interfaces); });
+        [](const BusInterfaceMap &interfaces) { return QVariant::fromValue(interfaces); });
 }
 
 static QString removed(const QStringList &words, RawApplication *application)
 {
     return tellOfObject(words, application, "InterfacesRemoved",
-        [](const RawInterfaceMap &interfaces) { return QVariant(QStringList(interfaces.keys())); });
+        [](const BusInterfaceMap &interfaces) { return QVariant(QStringList(interfaces.keys())); });
 }
 
 static QString signal(const QStringList &words, RawApplication *application)

@@ -133,8 +133,8 @@ void ScriptRunner::beginWait(const std::function<bool()> &isOver, const std::fun
 
 bool ScriptRunner::findEvent(const QStringList &pattern)
 {
-    while (m_nextEvent < m_events.count()) {
-        if (matches(m_events.at(m_nextEvent++), pattern))
+    while (!m_events.isEmpty()) {
+        if (matches(m_events.take(), pattern))
             return true;
     }
     return false;

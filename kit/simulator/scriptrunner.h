@@ -61,7 +61,6 @@ private:
     std::function<bool()> m_isOver;
     std::function<QString()> m_whatIsMissing;
     /** Events before this one have been waited for, or been passed over by a later wait. */
-    int m_nextEvent = 0;
 };
 
 #endif

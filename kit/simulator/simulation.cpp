@@ -7,7 +7,12 @@
 
 static const QString noBus = QStringLiteral("no session bus");
 
-Simulation::Simulation(const QString &host, EventLog &events) : m_host(host), m_events(events) { }
+Simulation::Simulation(const QString &host, Ringlet::CallManager::Commanders commanders, EventLog &events)
+    : m_host(host),
+      m_commanders(commanders),
+      m_events(events)
+{
+}
 
 QString Simulation::nameFault(const QString &name) const
 {
@@ -24,7 +29,7 @@ QString Simulation::addApplication(const QString &name, const QStringList &manag
         fault = managersFault(paths);
     if (!fault.isEmpty())
         return fault;
-    auto *application = new Application(name, m_host, paths, m_events, this);
+    auto *application = new Application(name, m_host, paths, m_commanders, m_events, this);
     m_applications.insert(name, application);
     connect(application, &Application::ended, this, &Simulation::onEnded);
     connect(application, &Application::busLost, this, &Simulation::busLost);

@@ -13,7 +13,7 @@ class Simulation : public QObject
     Q_OBJECT
 public:
     /** `host` is the bus name of the host that all of them look for. */
-    Simulation(const QString &host, EventLog &events);
+    Simulation(const QString &host, Ringlet::CallManager::Commanders commanders, EventLog &events);
 
     // What went wrong, empty if nothing.
 
@@ -52,6 +52,7 @@ private:
     void onEnded();
 
     const QString m_host;
+    const Ringlet::CallManager::Commanders m_commanders;
     EventLog &m_events;
     QMap<QString, Application *> m_applications;
     QMap<QString, RawApplication *> m_rawApplications;

@@ -3,10 +3,26 @@
 
 #include "words.h"
 
+#include "programs/printabletext.h"
+
 #include <QtCore/QHash>
 
 static const QHash<QChar, QChar> escapes = {{QLatin1Char('n'), QLatin1Char('\n')},
     {QLatin1Char('r'), QLatin1Char('\r')}, {QLatin1Char('t'), QLatin1Char('\t')}};
+
+static constexpr int hexDigits = 4;
+
+// What stands behind a backslash at `*position`, which moves to its last character.
+static QChar unescaped(const QString &line, int *position)
+{
+    const QChar c = line.at(*position);
+    bool isNumber = false;
+    const ushort unit = line.mid(*position + 1, hexDigits).toUShort(&isNumber, 16);
+    if (c != QLatin1Char('u') || !isNumber || *position + hexDigits >= line.size())
+        return escapes.value(c, c);
+    *position += hexDigits;
+    return QChar(unit);
+}
 
 bool splitWords(const QString &line, QStringList *words)
 {
@@ -24,10 +40,8 @@ bool splitWords(const QString &line, QStringList *words)
             word.clear();
             inWord = false;
         } else {
-            if (inQuotes && c == QLatin1Char('\\') && i + 1 < line.size()) {
-                c = line.at(++i);
-                c = escapes.value(c, c);
-            }
+            if (inQuotes && c == QLatin1Char('\\') && i + 1 < line.size())
+                c = unescaped(line, &++i);
             word += c;
             inWord = true;
         }
@@ -47,10 +61,10 @@ static QString escaped(QChar c)
 
 QString quoted(const QString &text)
 {
-    QString result(QLatin1Char('"'));
+    QString result;
     for (const QChar c : text)
         result += escaped(c);
-    return result + QLatin1Char('"');
+    return QLatin1Char('"') + PrintableText::escaped(result) + QLatin1Char('"');
 }
 
 QString yesNo(bool yes) { return yes ? QStringLiteral("yes") : QStringLiteral("no"); }

@@ -8,12 +8,12 @@
 
 /**
  * The words of a line, split at blanks. Double quotes keep blanks, also inside a word (name="A B"); within
- * them a backslash takes the next character literally, and \n, \r and \t are what they are in C.
+ * them a backslash takes the next character literally; \n, \r and \t are what they are in C, \uXXXX in JSON.
  * False when a quote is left open.
  */
 bool splitWords(const QString &line, QStringList *words);
 
-/** `text` in double quotes, on one line, so that splitWords() gives it back. */
+/** `text` in double quotes, on one line that is printable, so that splitWords() gives it back. */
 QString quoted(const QString &text);
 
 QString yesNo(bool yes);

@@ -14,28 +14,18 @@ void CallHandlerPrivate::addAudioControl()
     QObject::connect(audioControlProxy.data(), &AudioControlProxy::RequestMute, q, &CallHandler::onMuteRequested);
     QObject::connect(
         audioControlProxy.data(), &AudioControlProxy::RequestAudioRoute, q, &CallHandler::onAudioRouteRequested);
-    QObject::connect(
-        provider->manager(), &VoiceCallManagerInterface::microphoneMutedChanged, q, &CallHandler::onAudioRouteChanged);
-    QObject::connect(provider->manager(), &VoiceCallManagerInterface::selectedInputDeviceChanged, q,
-        &CallHandler::onAudioRouteChanged);
-    QObject::connect(provider->manager(), &VoiceCallManagerInterface::selectedOutputDeviceChanged, q,
-        &CallHandler::onAudioRouteChanged);
-    QObject::connect(
-        provider->manager(), &VoiceCallManagerInterface::devicesChanged, q, &CallHandler::onAudioDevicesChanged);
+    QObject::connect(provider->manager(), Host::microphoneMutedChanged, q, &CallHandler::onAudioRouteChanged);
+    QObject::connect(provider->manager(), Host::selectedInputDeviceChanged, q, &CallHandler::onAudioRouteChanged);
+    QObject::connect(provider->manager(), Host::selectedOutputDeviceChanged, q, &CallHandler::onAudioRouteChanged);
+    QObject::connect(provider->manager(), Host::devicesChanged, q, &CallHandler::onAudioDevicesChanged);
     q->onAudioDevicesChanged();
-}
-
-bool CallHandlerPrivate::mayRequestAudio() const
-{
-    // Active (1) and dialing (3) differ in the bit of value 2 alone.
-    return (int(q->status()) & ~2) == 1;
 }
 
 void CallHandler::onMuteRequested(bool mute)
 {
     RINGLET_TRACE();
-    if (d->mayRequestAudio())
-        emit d->provider->manager()->setMuteMicrophoneRequested(mute);
+    if (Host::mayOwnAudio(status()))
+        Host::requestMute(d->provider->manager(), mute);
 }
 
 // The parameters are named the wrong way round: the first carries the application's wish for the input
@@ -43,7 +33,7 @@ void CallHandler::onMuteRequested(bool mute)
 void CallHandler::onAudioRouteRequested(const QString &request_output_device_id, const QString &request_input_device_id)
 {
     RINGLET_TRACE();
-    if (!d->mayRequestAudio())
+    if (!Host::mayOwnAudio(status()))
         return;
     Host::selectInputDevice(d->provider->manager(), request_output_device_id);
     Host::selectOutputDevice(d->provider->manager(), request_input_device_id);

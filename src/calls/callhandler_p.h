@@ -24,20 +24,27 @@ public:
     {
     }
 
+    ~CallHandlerPrivate()
+    {
+        // The last made is the first released, and all before the rest of the record.
+        audioControlProxy.reset();
+        dtmfProxy.reset();
+        callProxy.reset();
+    }
+
+    CallHandlerPrivate(const CallHandlerPrivate &) = delete;
+    CallHandlerPrivate &operator=(const CallHandlerPrivate &) = delete;
+
     void addCall(const QVariantMap &properties);
     void addDtmf();
     /** Wires the exchange of audio state and sends the application all of it. */
     void addAudioControl();
 
-    /** Whether the application may ask for a route or a mute: while the call is active or dialing. */
-    bool mayRequestAudio() const;
-
     CallHandler *q;
     DBusCallObject object;
     QString handlerId;
     CallProvider *provider;
-    // Made when the object first shows the interface, and kept until the handler goes. Released in
-    // reverse order.
+    // Made when the object first shows the interface, and kept until the handler goes.
     QScopedPointer<CallProxy> callProxy;
     QScopedPointer<DTMFProxy> dtmfProxy;
     QScopedPointer<AudioControlProxy> audioControlProxy;

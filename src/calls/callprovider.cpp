@@ -51,8 +51,9 @@ void CallProviderPrivate::removeHandler(const DBusCallObject &call)
 {
     if (defaultLog().isDebugEnabled())
         qDebug() << "Removing call handler " << call.toString();
-    CallHandler *handler = handlers.take(call);
+    CallHandler *handler = handlers.value(call);
     const QString handlerId = handler->handlerId();
+    handlers.remove(call);
     // The host may still hold the pointer until it has heard of the removal.
     handler->deleteLater();
     emit q->voiceCallRemoved(handlerId);

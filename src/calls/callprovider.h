@@ -11,6 +11,12 @@
 
 class CallProviderPrivate;
 
+#ifdef Q_MOC_RUN
+// For moc alone, which then registers the type of the signals' first parameter, for queued connections. The
+// meta-type system itself keeps knowing DBusObject only.
+Q_DECLARE_METATYPE(DBusCallObject)
+#endif
+
 /**
  * The calls of one registered call manager, as a provider of the host.
  *

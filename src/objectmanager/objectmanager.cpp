@@ -3,8 +3,16 @@
 
 #include "objectmanager/objectmanager.h"
 
+#include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusPendingReply>
+
+// The bus layer knows an answer by its serial alone, and an ordinary bus delivers one from anybody. A unique name
+// answers under that name; the owner of another name answers under its unique one, which is not known here.
+static bool isFrom(const QString &service, const QDBusMessage &reply)
+{
+    return !service.startsWith(QLatin1Char(':')) || reply.service() == service;
+}
 
 ObjectManager::ObjectManager(
     const QString &service, const QDBusObjectPath &path, const QDBusConnection &connection, QObject *parent)
@@ -21,7 +29,7 @@ ObjectManager::ObjectManager(
         watcher, &QDBusPendingCallWatcher::finished, watcher,
         [this](QDBusPendingCallWatcher *finished) {
             const QDBusPendingReply<DBusObjectList> reply = *finished;
-            if (!reply.isError()) {
+            if (!reply.isError() && isFrom(proxy.service(), reply.reply())) {
                 const DBusObjectList snapshot = reply.value();
                 const QList<QDBusObjectPath> paths = snapshot.keys();
                 for (const QDBusObjectPath &object : paths)

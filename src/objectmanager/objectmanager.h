@@ -16,8 +16,9 @@
  *
  * The application's changes and the snapshot that is asked for at the start are reported as they come
  * and are not reconciled: what is announced while the snapshot is on its way is reported twice, and what
- * is removed meanwhile comes back with the snapshot. An application that never answers, or answers with
- * an error, is known by its changes alone. Nothing is emitted before control is back in the event loop.
+ * is removed meanwhile comes back with the snapshot. An application that never answers, answers with an
+ * error, or in whose name somebody else answered, is known by its changes alone. Nothing is emitted before
+ * control is back in the event loop.
  */
 class ObjectManager : public QObject
 {

@@ -24,9 +24,13 @@ Baresip::Baresip(const Settings &settings) : m_settings(settings), m_control(loo
     });
 }
 
+// Asked to end, it waits for half a minute for the far ends of calls that nobody is at.
+Baresip::~Baresip() { m_program.signal(SIGKILL); }
+
 bool Baresip::start(ControlledBy controlledBy)
 {
     m_events.clear();
+    m_program.setMustStay();
     if (!writeConfiguration()
         || !m_program.start(QStringLiteral(BARESIP), {QStringLiteral("-4"), QStringLiteral("-f"), m_directory.path()})
         || !m_program.waitForOutput(QStringLiteral("baresip is ready")))

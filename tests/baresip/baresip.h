@@ -40,6 +40,7 @@ public:
     enum class ControlledBy { Test, Bridge };
 
     explicit Baresip(const Settings &settings);
+    ~Baresip();
 
     /** Returns when it is ready to be called and controlled; false when it did not come up. */
     bool start(ControlledBy controlledBy);

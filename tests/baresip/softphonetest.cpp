@@ -51,6 +51,7 @@ void SoftphoneTest::TearDown()
 bool SoftphoneTest::startBridge(const QStringList &options)
 {
     const QString control = QStringLiteral("127.0.0.1:%1").arg(ann.controlPort());
+    bridge.setMustStay();
     return bridge.start(QStringLiteral(RINGLET_BARESIP), QStringList{QStringLiteral("--control"), control} + options)
         && bridge.waitForOutput(QStringLiteral("connected to baresip"))
         && bridge.waitForOutput(QStringLiteral("host: registered"));

@@ -9,6 +9,7 @@
 #include "printers.h"
 #include "recordinghost.h"
 #include "scriptedapplication.h"
+#include "testclock.h"
 #include "waitfor.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +20,8 @@
  *
  *     interfaces added PATH INTERFACE,INTERFACE          interfaces removed PATH INTERFACE,INTERFACE
  *
- * The list is empty when a test begins.
+ * The list is empty when a test begins. Time stands still but for what a test lets pass, so that calls do not tell
+ * of their durations meanwhile, however slow the machine is.
  */
 class CallFixture : public testing::Test
 {
@@ -52,6 +54,7 @@ protected:
     static const QString incoming;
     static const QString holdableActive;
 
+    TestClock clock;
     RecordingHost host;
     ScriptedApplication application;
     CallProviderFactory factory;

@@ -6,7 +6,6 @@
 #include "objectwatch.h"
 
 #include <QtCore/QAbstractEventDispatcher>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QPointer>
 #include <QtCore/QTimerEvent>
 #include <QtCore/QVector>
@@ -87,11 +86,6 @@ private:
 QList<QAbstractEventDispatcher::TimerInfo> timersOf(QObject *object)
 {
     return QAbstractEventDispatcher::instance()->registeredTimers(object);
-}
-
-bool waitForClock(const QElapsedTimer &clock, qint64 milliseconds)
-{
-    return waitFor([&] { return clock.elapsed() >= milliseconds; });
 }
 
 struct Mapping
@@ -593,164 +587,159 @@ TEST_F(CallHandlerTest, CountsTheDurationWithACoarseTimerOfOneSecond)
     EXPECT_EQ(timers.first().timerType, Qt::CoarseTimer);
 }
 
-TEST_F(CallHandlerTest, TheDurationGrowsByAboutASecondPerTickAndIsTold)
+// The clock stands still, so that every duration is exact.
+class CallDurationTest : public CallFixture
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
+protected:
+    /** Makes the call with these properties, whose own timer is kept from ticking. */
+    void begin(const QString &properties = active)
+    {
+        handler = addCall(properties);
+        ASSERT_TRUE(handler);
+        ticks.reset(new TickSuppressor(handler));
+        host.events.clear();
+    }
+
+    /** Lets time pass and a tick through; the duration, which the tick has to tell by itself. */
+    int tickAfter(qint64 milliseconds)
+    {
+        clock.advance(milliseconds);
+        host.events.clear();
+        ticks->tick();
+        EXPECT_EQ(host.events, QStringList({QString("h1 duration %1").arg(handler->duration())}));
+        return handler->duration();
+    }
+
+    AbstractVoiceCallHandler *handler = nullptr;
+    QScopedPointer<TickSuppressor> ticks;
+};
+
+TEST_F(CallDurationTest, GrowsBySecondsAtTheTimersTicks)
+{
+    handler = addCall(active);
     ASSERT_TRUE(handler);
-    EXPECT_EQ(handler->duration(), 0);
     host.events.clear();
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitFor([&] { return handler->duration() == 2; }));
-    EXPECT_GE(clock.elapsed(), 1500);
-    const QStringList told = host.events.filter("duration");
-    EXPECT_GE(told.size(), 2);
-    EXPECT_EQ(told.last(), "h1 duration 2");
-    EXPECT_EQ(told, host.events) << "a tick tells nothing else";
+    // The timer is a coarse one: it may come by a twentieth of its interval late.
+    for (int seconds = 1; seconds <= 3; ++seconds) {
+        clock.advance(1000);
+        ASSERT_TRUE(waitFor([&] {
+            if (host.events.size() < seconds)
+                clock.advance(1);
+            return host.events.size() == seconds;
+        }));
+        EXPECT_EQ(host.events.last(), QString("h1 duration %1").arg(seconds));
+        EXPECT_EQ(handler->duration(), seconds);
+    }
 }
 
-TEST_F(CallHandlerTest, ATickTellsTheDurationThatCanThenBeRead)
+TEST_F(CallDurationTest, IsToldWhenItCanBeRead)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 1100));
+    begin();
     int told = -1;
     int read = -1;
     QObject::connect(handler, &AbstractVoiceCallHandler::durationChanged, &host, [&](int seconds) {
         told = seconds;
         read = handler->duration();
     });
-    ticks.tick();
-    EXPECT_GE(told, 1);
-    EXPECT_EQ(read, told);
+    EXPECT_EQ(tickAfter(1000), 1);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(read, 1);
 }
 
-TEST_F(CallHandlerTest, ALateTickCountsTheRealTime)
+TEST_F(CallDurationTest, GrowsAtTicksAlone)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 2100));
-    EXPECT_EQ(handler->duration(), 0) << "it grows at ticks alone";
-    host.events.clear();
-    ticks.tick();
-    EXPECT_GE(handler->duration(), 2);
-    EXPECT_EQ(host.events, QStringList({QString("h1 duration %1").arg(handler->duration())}));
+    begin();
+    clock.advance(2100);
+    settle();
+    EXPECT_EQ(handler->duration(), 0);
+    EXPECT_EQ(tickAfter(0), 2) << "a late tick counts all that has passed";
 }
 
-TEST_F(CallHandlerTest, EarlyTicksCountNoMoreThanTheRealTime)
+TEST_F(CallDurationTest, IsWholeSecondsOfWhatHasPassed)
 {
-    AbstractVoiceCallHandler *handler = addCall();
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    QElapsedTimer clock;
-    clock.start();
+    begin();
+    EXPECT_EQ(tickAfter(0), 0);
+    EXPECT_EQ(tickAfter(999), 0);
+    EXPECT_EQ(tickAfter(1), 1);
+    EXPECT_EQ(tickAfter(999), 1);
+    EXPECT_EQ(tickAfter(1), 2);
+    EXPECT_EQ(tickAfter(1997999), 1999);
+    EXPECT_EQ(tickAfter(1), 2000);
+}
+
+TEST_F(CallDurationTest, KeepsTheRemainderOfEveryTick)
+{
+    begin();
+    for (int tick = 1; tick <= 100; ++tick)
+        EXPECT_EQ(tickAfter(70), tick * 70 / 1000);
+}
+
+TEST_F(CallDurationTest, CountsNothingBeforeTheCallIsOngoing)
+{
+    begin({});
+    clock.advance(5000);
     changeStatus(5);
-    for (int i = 0; i < 100; ++i)
-        ticks.tick();
-    EXPECT_LE(handler->duration(), clock.elapsed() / 1000);
+    EXPECT_EQ(tickAfter(999), 0);
+    EXPECT_EQ(tickAfter(1), 1);
 }
 
-TEST_F(CallHandlerTest, PartsOfASecondAddUp)
+TEST_F(CallDurationTest, OutlastsTheMillisecondsOfAnInteger)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    EXPECT_TRUE(waitFor([&] {
-        ticks.tick();
-        return handler->duration() == 1;
-    }));
+    begin();
+    constexpr qint64 dayMs = 24 * 60 * 60 * 1000;
+    EXPECT_EQ(tickAfter(24 * dayMs), 2073600);
+    EXPECT_EQ(tickAfter(dayMs), 2160000);
+    EXPECT_EQ(tickAfter(100 * dayMs), 10800000) << "a machine that slept";
+    EXPECT_EQ(tickAfter(1000), 10800001);
 }
 
-TEST_F(CallHandlerTest, AChangeBetweenOngoingStatusesKeepsTimerAndClockRunning)
+TEST_F(CallDurationTest, RunsOnThroughChangesBetweenOngoingStatuses)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    const int timer = ticks.timerId();
+    begin();
+    const int timer = ticks->timerId();
     ASSERT_GT(timer, 0);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 1100));
     for (const uint status : {6, 5, 7, 5}) {
+        clock.advance(300);
         changeStatus(status);
-        EXPECT_EQ(ticks.timerId(), timer) << status;
+        EXPECT_EQ(ticks->timerId(), timer) << status;
     }
-    ticks.tick();
-    EXPECT_GE(handler->duration(), 1);
+    EXPECT_EQ(tickAfter(799), 1);
+    EXPECT_EQ(tickAfter(1), 2);
 }
 
-TEST_F(CallHandlerTest, WhatPassedSinceTheLastTickIsDroppedWhenTheCallStopsAndNotCountedWhileItStands)
+TEST_F(CallDurationTest, LosesWhatPassedSinceTheLastTickWhenTheCallStopsAndCountsNothingWhileItStands)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 1100));
+    begin();
+    EXPECT_EQ(tickAfter(1700), 1);
+    clock.advance(900);
     host.events.clear();
     changeStatus(0);
-    EXPECT_EQ(handler->duration(), 0);
+    EXPECT_EQ(handler->duration(), 1);
     EXPECT_TRUE(timersOf(handler).isEmpty());
-    ASSERT_TRUE(waitForClock(clock, 2200));
-
-    QElapsedTimer resumed;
-    resumed.start();
+    EXPECT_EQ(host.events, QStringList({"h1 status 7"})) << "the stop tells no duration";
+    clock.advance(60000);
     changeStatus(5);
-    ticks.tick();
-    EXPECT_LE(handler->duration(), resumed.elapsed() / 1000);
-    EXPECT_EQ(host.events.value(0), "h1 status 7") << "the stop tells no duration";
-}
-
-TEST_F(CallHandlerTest, CountingGoesOnFromTheStoredTotal)
-{
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 2100));
-    ticks.tick();
-    const int stored = handler->duration();
-    ASSERT_GE(stored, 2);
-
-    changeStatus(3);
-    EXPECT_EQ(handler->duration(), stored);
-    EXPECT_TRUE(timersOf(handler).isEmpty());
-    changeStatus(5);
-    EXPECT_EQ(handler->duration(), stored);
+    EXPECT_EQ(handler->duration(), 1);
     ASSERT_EQ(timersOf(handler).size(), 1);
-    clock.restart();
-    ASSERT_TRUE(waitForClock(clock, 1100));
-    ticks.tick();
-    EXPECT_GE(handler->duration(), stored + 1);
+    // The remainder of the last tick is kept, the part behind it is not.
+    EXPECT_EQ(tickAfter(299), 1);
+    EXPECT_EQ(tickAfter(1), 2);
 }
 
-TEST_F(CallHandlerTest, ATimerEventOfAnotherTimerIsIgnored)
+TEST_F(CallDurationTest, IgnoresTimerEventsOfOtherTimers)
 {
-    AbstractVoiceCallHandler *handler = addCall(active);
-    ASSERT_TRUE(handler);
-    TickSuppressor ticks(handler);
-    const int own = ticks.timerId();
+    begin();
+    const int own = ticks->timerId();
     ASSERT_GT(own, 0);
-    QElapsedTimer clock;
-    clock.start();
-    ASSERT_TRUE(waitForClock(clock, 1100));
-    handler->removeEventFilter(&ticks);
-    host.events.clear();
+    clock.advance(1100);
+    handler->removeEventFilter(ticks.data());
     for (const int id : {own + 1000, 0, -1}) {
         QTimerEvent event(id);
         QCoreApplication::sendEvent(handler, &event);
     }
     EXPECT_EQ(host.events, QStringList());
     EXPECT_EQ(handler->duration(), 0);
-    ticks.tick();
-    EXPECT_GE(handler->duration(), 1) << "and it has not touched the clock";
+    EXPECT_EQ(tickAfter(0), 1) << "and they have not touched the clock";
 }
 
 TEST_F(CallHandlerTest, ATimerEventWhileTheCallIsNotOngoingIsIgnored)

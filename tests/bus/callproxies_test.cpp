@@ -3,140 +3,29 @@
 
 #include "audiocontrolproxy.h"
 #include "callproxy.h"
-#include "calls/callhandler.h"
-#include "calls/callprovider.h"
+#include "calls/callhandler_p.h"
 #include "dtmfproxy.h"
 #include "plugin/callproviderfactory.h"
 #include "printers.h"
 #include "scriptedapplication.h"
 #include "waitfor.h"
 
-#include <QtCore/QMetaMethod>
 #include <QtCore/QMetaProperty>
 #include <QtCore/QSequentialIterable>
 #include <QtTest/QSignalSpy>
 #include <gmock/gmock.h>
-
-// --- Meta-objects
-
-/** "private slot bool name(Type parameter, Type)", with " cloned" behind it when a default argument is left out. */
-static QString describe(const QMetaMethod &method)
-{
-    QStringList parameters;
-    for (int i = 0; i < method.parameterCount(); ++i) {
-        const QByteArray name = method.parameterNames().at(i);
-        parameters << QString(method.parameterTypes().at(i) + (name.isEmpty() ? "" : ' ' + name));
-    }
-    const QString access = method.access() == QMetaMethod::Public ? "" : "private ";
-    const QString kind = method.methodType() == QMetaMethod::Signal ? "signal " : "slot ";
-    const QString cloned = (method.attributes() & QMetaMethod::Cloned) ? " cloned" : "";
-    return access + kind + method.typeName() + ' ' + method.name() + '(' + parameters.join(", ") + ')' + cloned;
-}
-
-static QStringList methodsOf(const QMetaObject &type)
-{
-    QStringList methods;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i)
-        methods << describe(type.method(i));
-    return methods;
-}
+#include <memory>
 
 static QStringList propertiesOf(const QMetaObject &type)
 {
     QStringList properties;
     for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
         const QMetaProperty property = type.property(i);
-        properties << QString("%1 %2%3%4%5")
+        properties << QString("%1 %2%3%4")
                           .arg(property.typeName(), property.name(), property.isReadable() ? " read" : "",
-                              property.isWritable() ? " write" : "", property.hasNotifySignal() ? " notify" : "");
+                              property.isWritable() ? " write" : "");
     }
     return properties;
-}
-
-static void expectNames(const QMetaObject &type, const char *name, const char *base)
-{
-    EXPECT_STREQ(type.className(), name);
-    EXPECT_STREQ(type.superClass()->className(), base);
-}
-
-TEST(MetaObjects, OfTheCallHandler)
-{
-    const QMetaObject &type = CallHandler::staticMetaObject;
-    expectNames(type, "CallHandler", "AbstractVoiceCallHandler");
-    EXPECT_EQ(methodsOf(type),
-        QStringList({"signal void validChanged(bool valid)", "slot void answer()", "slot void hangup()",
-            "slot void hold(bool on)", "slot void hold() cloned", "slot void deflect(QString target)",
-            "slot void sendDtmf(QString tones)", "slot void merge(QString)", "slot void split()",
-            "slot void onMuteRequested(bool mute)",
-            "slot void onAudioRouteRequested(QString request_output_device_id, QString request_input_device_id)",
-            "slot void onAudioDevicesChanged()", "slot void onAudioRouteChanged()",
-            "private slot void onStatusChanged(uint remoteStatus)"}));
-    EXPECT_EQ(propertiesOf(type), QStringList());
-}
-
-TEST(MetaObjects, OfTheCallProvider)
-{
-    const QMetaObject &type = CallProvider::staticMetaObject;
-    expectNames(type, "CallProvider", "AbstractVoiceCallProvider");
-    EXPECT_EQ(methodsOf(type),
-        QStringList({"signal void interfacesAdded(DBusCallObject call, QVariantMapMap interfaces)",
-            "signal void interfacesRemoved(DBusCallObject call, QStringList interfaces)",
-            "slot bool dial(QString msisdn)",
-            "slot void onInterfacesAdded(QString service, QDBusObjectPath object, QVariantMapMap interfaces)",
-            "slot void onInterfacesRemoved(QString service, QDBusObjectPath object, QStringList interfaces)"}));
-    EXPECT_EQ(propertiesOf(type), QStringList());
-}
-
-TEST(MetaObjects, OfThePlugin)
-{
-    const QMetaObject &type = CallProviderFactory::staticMetaObject;
-    expectNames(type, "CallProviderFactory", "AbstractVoiceCallManagerPlugin");
-    EXPECT_EQ(methodsOf(type),
-        QStringList({"slot bool initialize()", "slot bool configure(VoiceCallManagerInterface* manager)",
-            "slot bool start()", "slot bool suspend()", "slot bool resume()", "slot void finalize()",
-            "private slot void onCallManagerAdded(DBusCallManager callManager, pid_t)",
-            "private slot void onCallManagerRemoved(DBusCallManager callManager)",
-            "private slot void onInterfacesAdded(DBusCallObject call, QVariantMapMap interfaces)",
-            "private slot void onInterfacesRemoved(DBusCallObject call, QStringList interfaces)"}));
-    EXPECT_EQ(propertiesOf(type), QStringList());
-}
-
-TEST(MetaObjects, OfTheCallProxy)
-{
-    const QMetaObject &type = CallProxy::staticMetaObject;
-    expectNames(type, "CallProxy", "QDBusAbstractInterface");
-    EXPECT_EQ(methodsOf(type),
-        QStringList({"signal void StatusChanged(uint status)", "slot QDBusPendingReply<> Accept()",
-            "slot QDBusPendingReply<> Reject(uint reason)", "slot QDBusPendingReply<> SetHold(bool hold)"}));
-    EXPECT_EQ(propertiesOf(type),
-        QStringList({"bool Holdable read", "bool Incoming read", "QString LocalHandle read", "QString LocalName read",
-            "QString RemoteHandle read", "QString RemoteName read", "uint Status read", "QString Uri read"}));
-}
-
-TEST(MetaObjects, OfTheToneProxy)
-{
-    const QMetaObject &type = DTMFProxy::staticMetaObject;
-    expectNames(type, "DTMFProxy", "QDBusAbstractInterface");
-    EXPECT_EQ(methodsOf(type), QStringList({"slot QDBusPendingReply<> SendDTMF(QString tones)"}));
-    EXPECT_EQ(propertiesOf(type), QStringList());
-}
-
-TEST(MetaObjects, OfTheAudioControlProxy)
-{
-    const QMetaObject &type = AudioControlProxy::staticMetaObject;
-    expectNames(type, "AudioControlProxy", "QDBusAbstractInterface");
-    EXPECT_EQ(methodsOf(type),
-        QStringList({"signal void RequestAudioRoute(QString request_input_device_id, QString request_output_device_id)",
-            "signal void RequestMute(bool mute)",
-            "slot QDBusPendingReply<> UpdateAudioRoute(bool mute_microphone, QString active_input_device_id, "
-            "QString active_output_device_id)",
-            "slot QDBusPendingReply<> UpdateAudioRouteState(AudioDeviceList devices, bool mute_microphone, "
-            "QString active_input_device_id, QString active_output_device_id)"}));
-    EXPECT_EQ(propertiesOf(type), QStringList());
-
-    const int update = type.indexOfMethod("UpdateAudioRouteState(AudioDeviceList,bool,QString,QString)");
-    ASSERT_GE(update, 0);
-    EXPECT_EQ(type.method(update).parameterType(0), QMetaType::type("AudioDeviceList"));
 }
 
 TEST(MetaObjects, OfAudioDevicesAreTheHostsUnderTheirOwnNames)
@@ -368,4 +257,47 @@ TEST_F(CallProxiesTest, PropertiesOfAnotherTypeReadAsFalseZeroOrEmpty)
         SCOPED_TRACE(value);
         expectDefaults(call);
     }
+}
+
+// --- Their end
+
+namespace {
+
+/** Tells of the end of its last copy. */
+class Witness
+{
+public:
+    Witness() = default;
+    explicit Witness(QStringList *ends) : last(new Last{ends}) { }
+
+private:
+    struct Last
+    {
+        ~Last() { ends->append("properties"); }
+        QStringList *ends;
+    };
+
+    std::shared_ptr<Last> last;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Witness)
+
+TEST(CallHandlerRecord, ReleasesTheProxiesLastMadeFirstAndThenTheRest)
+{
+    const DBusCallObject object(":1.1", QDBusObjectPath("/c"));
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    QStringList ends;
+    {
+        CallHandlerPrivate record(nullptr, object, "h1", nullptr);
+        record.callProperties = {{"Other", QVariant::fromValue(Witness(&ends))}};
+        record.callProxy.reset(new CallProxy(object.service, "/c", bus));
+        record.dtmfProxy.reset(new DTMFProxy(object.service, "/c", bus));
+        record.audioControlProxy.reset(new AudioControlProxy(object.service, "/c", bus));
+        QObject::connect(record.callProxy.data(), &QObject::destroyed, [&] { ends.append("call"); });
+        QObject::connect(record.dtmfProxy.data(), &QObject::destroyed, [&] { ends.append("tones"); });
+        QObject::connect(record.audioControlProxy.data(), &QObject::destroyed, [&] { ends.append("audio"); });
+    }
+    EXPECT_EQ(ends, QStringList({"audio", "tones", "call", "properties"}));
 }

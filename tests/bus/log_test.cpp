@@ -3,13 +3,14 @@
 
 #include "callfixture.h"
 #include "calls/callhandler.h"
+#include "goldenfile.h"
 #include "logrecorder.h"
 #include "objectwatch.h"
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QLoggingCategory>
 #include <QtCore/QPointer>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QSet>
 #include <QtCore/QTimerEvent>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
@@ -17,309 +18,241 @@
 
 static const QString tracePrefix = "info voicecall: ";
 
-namespace {
-
-/** A trace line, taken apart. */
-struct Trace
-{
-    /** Without the spaces around it that differ between compilers, and without "virtual". */
-    QString signature;
-    int line = 0;
-    QString object;
-};
-
-QString withoutSpaces(QString text) { return text.remove(' '); }
-
-QString plain(const QString &signature)
-{
-    const QString prefix = "virtual ";
-    return withoutSpaces(signature.startsWith(prefix) ? signature.mid(prefix.size()) : signature);
-}
-
-QString address(const void *object) { return QString::asprintf("%p", object); }
-
-} // namespace
-
+/**
+ * Everything that is logged, operation by operation, to be compared with a file: trace lines as "SIGNATURE OBJECT",
+ * others as LogRecorder has them. Signatures are freed of what differs between compilers, objects and applications
+ * have names.
+ */
 class LogTest : public CallFixture
 {
 protected:
-    /** The trace lines so far; fails the test when one is malformed. */
-    static QList<Trace> traces(const LogRecorder &log)
+    /** Does `run`, and writes down under `title` all that was logged meanwhile. */
+    void during(const QString &title, const std::function<void()> &run)
     {
-        static const QRegularExpression format("^(.*\\)(?: const)?):([1-9][0-9]*) (0x[0-9a-f]+)$");
-        QList<Trace> found;
-        const QStringList lines = log.startingWith(tracePrefix);
-        for (const QString &line : lines) {
-            const QRegularExpressionMatch match = format.match(line.mid(tracePrefix.size()));
-            EXPECT_TRUE(match.hasMatch()) << line.toStdString();
-            found.append({plain(match.captured(1)), match.captured(2).toInt(), match.captured(3)});
+        QStringList entries;
+        {
+            const LogRecorder log;
+            run();
+            entries = log.entries();
         }
-        return found;
+        written += title + '\n';
+        for (const QString &entry : qAsConst(entries))
+            written += "    " + plain(entry) + '\n';
     }
 
-    /** The operation's line comes first, once, with the object's address; `run` returns the object. */
-    void expectTraced(const QString &signature, const std::function<const void *()> &run)
+    /** From now on the object of this address has this name. */
+    template <typename Object>
+    Object *name(Object *object, const QString &name)
     {
-        SCOPED_TRACE(signature.toStdString());
-        const LogRecorder log;
-        const QString object = address(run());
-        const QList<Trace> lines = traces(log);
-        ASSERT_FALSE(lines.isEmpty());
-        EXPECT_EQ(lines.first().signature, withoutSpaces(signature));
-        EXPECT_EQ(lines.first().object, object);
-        EXPECT_EQ(log.entries().first(), log.startingWith(tracePrefix).first()) << "before anything else is logged";
-        int count = 0;
-        for (const Trace &line : lines)
-            count += line.signature == withoutSpaces(signature);
-        EXPECT_EQ(count, 1);
-        sourceLines.insert(lines.first().line);
-        ++operations;
+        names.insert(QString::asprintf("%p", static_cast<const void *>(object)), name);
+        return object;
+    }
+
+    void expectWritten(const char *fileName) const
+    {
+        EXPECT_EQ(written.toStdString(), goldenText(std::string(GOLDEN "/") + fileName));
+    }
+
+private:
+    QString plain(QString entry)
+    {
+        static const QRegularExpression format("^info voicecall: (?:virtual )?(.*):([1-9][0-9]*) (0x[0-9a-f]+)$");
+        entry.replace(" *", "*").replace(" &", "&");
+        const QRegularExpressionMatch match = format.match(entry);
+        if (!match.hasMatch())
+            return entry.remove("virtual ")
+                .replace(QRegularExpression(":1\\.[0-9]+@"), "NAME@")
+                .replace(QRegularExpression("pid [0-9]+"), "pid N");
+        const QString signature = match.captured(1);
+        expectLineOfItsOwn(signature, match.captured(2).toInt());
+        return signature + ' ' + names.value(match.captured(3), "unnamed");
     }
 
     /** Different operations of one source file stand on different lines. */
-    void expectLinesOfTheirOwn() const { EXPECT_EQ(sourceLines.size(), operations); }
-
-    static void expectUntraced(const char *what, const std::function<void()> &run)
+    void expectLineOfItsOwn(const QString &signature, int line)
     {
-        SCOPED_TRACE(what);
-        const LogRecorder log;
-        run();
-        EXPECT_EQ(log.entries(), QStringList());
+        static const QRegularExpression owner("(\\w+)::(~?\\w+)\\(");
+        const QRegularExpressionMatch match = owner.match(signature);
+        const bool isAudio = match.captured(2).contains("Audio") || match.captured(2).contains("Mute");
+        QString &known = lines[{isAudio ? "audio" : match.captured(1), line}];
+        EXPECT_TRUE(known.isEmpty() || known == signature) << signature.toStdString() << " at " << line;
+        known = signature;
     }
 
-    QSet<int> sourceLines;
-    int operations = 0;
+    QString written;
+    QHash<QString, QString> names;
+    QMap<QPair<QString, int>, QString> lines;
 };
 
 // --- Trace lines
 
-TEST_F(LogTest, EveryOperationOfThePluginObjectIsTraced)
+TEST_F(LogTest, OperationsOfThePluginObject)
 {
     CallProviderFactory *other = nullptr;
-    expectTraced("CallProviderFactory::CallProviderFactory(QObject*)", [&] { return other = new CallProviderFactory; });
-    using Operation = void (*)(CallProviderFactory *);
-    const QList<QPair<QString, Operation>> plainOperations = {
-        {"QString CallProviderFactory::pluginId() const", [](CallProviderFactory *plugin) { plugin->pluginId(); }},
-        {"bool CallProviderFactory::initialize()", [](CallProviderFactory *plugin) { plugin->initialize(); }},
-        {"bool CallProviderFactory::configure(VoiceCallManagerInterface*)",
-            [](CallProviderFactory *plugin) { plugin->configure(nullptr); }},
-        {"bool CallProviderFactory::start()", [](CallProviderFactory *plugin) { plugin->start(); }},
-        {"bool CallProviderFactory::suspend()", [](CallProviderFactory *plugin) { plugin->suspend(); }},
-        {"bool CallProviderFactory::resume()", [](CallProviderFactory *plugin) { plugin->resume(); }},
-        {"void CallProviderFactory::finalize()", [](CallProviderFactory *plugin) { plugin->finalize(); }},
-        {"void CallProviderFactory::onCallManagerAdded(const DBusCallManager&, pid_t)",
-            [](CallProviderFactory *plugin) {
-                QMetaObject::invokeMethod(
-                    plugin, "onCallManagerAdded", Q_ARG(DBusCallManager, DBusCallManager()), Q_ARG(pid_t, 1));
-            }},
-        {"void CallProviderFactory::onCallManagerRemoved(const DBusCallManager&)",
-            [](CallProviderFactory *plugin) {
-                QMetaObject::invokeMethod(plugin, "onCallManagerRemoved", Q_ARG(DBusCallManager, DBusCallManager()));
-            }},
-        {"void CallProviderFactory::onInterfacesAdded(const DBusCallObject&, const QVariantMapMap&)",
-            [](CallProviderFactory *plugin) {
-                QMetaObject::invokeMethod(plugin, "onInterfacesAdded",
-                    Q_ARG(DBusCallObject, DBusCallObject(":1.1", QDBusObjectPath("/x"))),
-                    Q_ARG(QVariantMapMap, QVariantMapMap()));
-            }},
-        {"void CallProviderFactory::onInterfacesRemoved(const DBusCallObject&, const QStringList&)",
-            [](CallProviderFactory *plugin) {
-                QMetaObject::invokeMethod(plugin, "onInterfacesRemoved",
-                    Q_ARG(DBusCallObject, DBusCallObject(":1.1", QDBusObjectPath("/x"))),
-                    Q_ARG(QStringList, QStringList()));
-            }},
-    };
-    for (const auto &operation : plainOperations) {
-        expectTraced(operation.first, [&] {
-            operation.second(other);
-            return other;
-        });
-    }
-    expectTraced("CallProviderFactory::~CallProviderFactory()", [&] {
-        const void *object = other;
-        delete other;
-        return object;
+    const DBusCallObject call(":1.1", QDBusObjectPath("/x"));
+    during("made", [&] { other = name(new CallProviderFactory, "plugin"); });
+    during("pluginId", [&] { other->pluginId(); });
+    during("initialize", [&] { other->initialize(); });
+    during("call manager added before it is configured",
+        [&] { QMetaObject::invokeMethod(other, "onCallManagerAdded", Q_ARG(DBusCallManager, call), Q_ARG(pid_t, 1)); });
+    during("configure", [&] { other->configure(&host); });
+    during("configure again", [&] { other->configure(&host); });
+    during("start", [&] { other->start(); });
+    during("suspend", [&] { other->suspend(); });
+    during("resume", [&] { other->resume(); });
+    during("finalize", [&] { other->finalize(); });
+    during("unknown call manager removed",
+        [&] { QMetaObject::invokeMethod(other, "onCallManagerRemoved", Q_ARG(DBusCallManager, call)); });
+    during("interfaces added", [&] {
+        QMetaObject::invokeMethod(
+            other, "onInterfacesAdded", Q_ARG(DBusCallObject, call), Q_ARG(QVariantMapMap, QVariantMapMap()));
     });
-    expectLinesOfTheirOwn();
+    during("interfaces removed", [&] {
+        QMetaObject::invokeMethod(
+            other, "onInterfacesRemoved", Q_ARG(DBusCallObject, call), Q_ARG(QStringList, QStringList()));
+    });
+    during("destroyed", [&] { delete other; });
+    name(&factory, "plugin");
+    during("known call manager added", [&] {
+        const DBusCallManager known(application.name(), QDBusObjectPath(managerPath));
+        QMetaObject::invokeMethod(&factory, "onCallManagerAdded", Q_ARG(DBusCallManager, known), Q_ARG(pid_t, 1));
+    });
+    expectWritten("plugin.log");
 }
 
-TEST_F(LogTest, EveryOperationOfAProviderIsTraced)
+TEST_F(LogTest, OperationsOfAProvider)
 {
+    const QDBusObjectPath path("/o/c1");
+    const DBusCallManager callManager(application.name(), QDBusObjectPath("/o"));
     CallProvider *other = nullptr;
-    expectTraced(
-        "CallProvider::CallProvider(const DBusCallManager&, const QString&, VoiceCallManagerInterface*, QObject*)",
-        [&] {
-            return other = new CallProvider(
-                       DBusCallManager(application.name(), QDBusObjectPath("/o")), QString(), &host, nullptr);
-        });
-    using Operation = void (*)(CallProvider *);
-    const QList<QPair<QString, Operation>> plainOperations = {
-        {"QString CallProvider::providerId() const", [](CallProvider *provider) { provider->providerId(); }},
-        {"QString CallProvider::providerType() const", [](CallProvider *provider) { provider->providerType(); }},
-        {"QList<AbstractVoiceCallHandler*> CallProvider::voiceCalls() const",
-            [](CallProvider *provider) { provider->voiceCalls(); }},
-        {"QString CallProvider::errorString() const", [](CallProvider *provider) { provider->errorString(); }},
-        {"bool CallProvider::dial(const QString&)", [](CallProvider *provider) { provider->dial("1"); }},
-        {"void CallProvider::onInterfacesRemoved(const QString&, const QDBusObjectPath&, const QStringList&)",
-            [](CallProvider *provider) { provider->onInterfacesRemoved(":1.1", QDBusObjectPath("/x"), {}); }},
-        {"void CallProvider::remove()", [](CallProvider *provider) { provider->remove(); }},
-    };
-    for (const auto &operation : plainOperations) {
-        expectTraced(operation.first, [&] {
-            operation.second(other);
-            return other;
-        });
-    }
-    expectTraced("CallProvider::~CallProvider()", [&] {
-        const void *object = other;
-        delete other;
-        return object;
+    during("made", [&] { other = name(new CallProvider(callManager, QString(), &host, nullptr), "provider"); });
+    during("providerId", [&] { other->providerId(); });
+    during("providerType", [&] { other->providerType(); });
+    during("voiceCalls", [&] { other->voiceCalls(); });
+    during("errorString", [&] { other->errorString(); });
+    during("appId", [&] { other->appId(); });
+    during("manager", [&] { other->manager(); });
+    during("dial", [&] { other->dial("1"); });
+    during("an object that is no call is added", [&] {
+        other->onInterfacesAdded(application.name(), QDBusObjectPath("/o/x"), {{tones, {}}});
     });
-    expectLinesOfTheirOwn();
-}
-
-TEST_F(LogTest, TheProvidersFirstStepIsTracedBehindItsConstructor)
-{
-    const LogRecorder log;
-    const CallProvider other(DBusCallManager(application.name(), QDBusObjectPath("/o")), QString(), &host, nullptr);
-    const QList<Trace> lines = traces(log);
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(lines.at(1).signature, "voidCallProvider::initialize()");
-    EXPECT_EQ(lines.at(1).object, address(&other));
-    EXPECT_NE(lines.at(0).line, lines.at(1).line);
-}
-
-TEST_F(LogTest, EveryOperationOfAHandlerIsTraced)
-{
-    CallHandler *handler = nullptr;
-    expectTraced(
-        "CallHandler::CallHandler(const QString&, const DBusCallObject&, const QVariantMapMap&, CallProvider*)", [&] {
-            return handler = new CallHandler("x", DBusCallObject(application.name(), QDBusObjectPath("/o/c1")),
-                       {{"zelkovar.Call.Call1", {{"Status", 5U}}}, {tones, {}}, {audioControl, {}}}, provider);
-        });
-    using Operation = void (*)(CallHandler *);
-    const QList<QPair<QString, Operation>> plainOperations = {
-        {"AbstractVoiceCallProvider* CallHandler::provider() const", [](CallHandler *call) { call->provider(); }},
-        {"QString CallHandler::handlerId() const", [](CallHandler *call) { call->handlerId(); }},
-        {"QString CallHandler::lineId() const", [](CallHandler *call) { call->lineId(); }},
-        {"QDateTime CallHandler::startedAt() const", [](CallHandler *call) { call->startedAt(); }},
-        {"int CallHandler::duration() const", [](CallHandler *call) { call->duration(); }},
-        {"bool CallHandler::isIncoming() const", [](CallHandler *call) { call->isIncoming(); }},
-        {"bool CallHandler::isMultiparty() const", [](CallHandler *call) { call->isMultiparty(); }},
-        {"bool CallHandler::isEmergency() const", [](CallHandler *call) { call->isEmergency(); }},
-        {"bool CallHandler::isForwarded() const", [](CallHandler *call) { call->isForwarded(); }},
-        {"bool CallHandler::isRemoteHeld() const", [](CallHandler *call) { call->isRemoteHeld(); }},
-        {"QString CallHandler::uri() const", [](CallHandler *call) { call->uri(); }},
-        {"QString CallHandler::appId() const", [](CallHandler *call) { call->appId(); }},
-        {"bool CallHandler::holdable() const", [](CallHandler *call) { call->holdable(); }},
-        {"AbstractVoiceCallHandler::VoiceCallStatus CallHandler::status() const",
-            [](CallHandler *call) { call->status(); }},
-        {"void CallHandler::answer()", [](CallHandler *call) { call->answer(); }},
-        {"void CallHandler::hangup()", [](CallHandler *call) { call->hangup(); }},
-        {"void CallHandler::hold(bool)", [](CallHandler *call) { call->hold(true); }},
-        {"void CallHandler::deflect(const QString&)", [](CallHandler *call) { call->deflect("x"); }},
-        {"void CallHandler::sendDtmf(const QString&)", [](CallHandler *call) { call->sendDtmf("1"); }},
-        {"void CallHandler::timerEvent(QTimerEvent*)",
-            [](CallHandler *call) {
-                QTimerEvent event(-5);
-                QCoreApplication::sendEvent(call, &event);
-            }},
-        {"void CallHandler::onStatusChanged(uint)",
-            [](CallHandler *call) { QMetaObject::invokeMethod(call, "onStatusChanged", Q_ARG(uint, 5U)); }},
-    };
-    const QList<QPair<QString, Operation>> audioOperations = {
-        {"void CallHandler::onMuteRequested(bool)", [](CallHandler *call) { call->onMuteRequested(true); }},
-        {"void CallHandler::onAudioRouteRequested(const QString&, const QString&)",
-            [](CallHandler *call) { call->onAudioRouteRequested("a", "b"); }},
-        {"void CallHandler::onAudioDevicesChanged()", [](CallHandler *call) { call->onAudioDevicesChanged(); }},
-        {"void CallHandler::onAudioRouteChanged()", [](CallHandler *call) { call->onAudioRouteChanged(); }},
-    };
-    const auto run = [&](const QPair<QString, Operation> &operation) {
-        expectTraced(operation.first, [&] {
-            operation.second(handler);
-            return handler;
-        });
-    };
-    for (const auto &operation : plainOperations)
-        run(operation);
-    expectTraced("CallHandler::~CallHandler()", [&] {
-        const void *object = handler;
-        delete handler;
-        handler = nullptr;
-        return object;
+    during("an unknown object is removed",
+        [&] { other->onInterfacesRemoved(application.name(), QDBusObjectPath("/o/x"), {callInterfaceName}); });
+    during("a call is added", [&] {
+        other->onInterfacesAdded(application.name(), path, {{callInterfaceName, {}}});
+        name(other->findChild<CallHandler *>(), "call");
     });
-    expectLinesOfTheirOwn();
-
-    handler = new CallHandler("x", DBusCallObject(application.name(), QDBusObjectPath("/o/c1")),
-        {{"zelkovar.Call.Call1", {{"Status", 5U}}}, {audioControl, {}}}, provider);
-    sourceLines.clear();
-    operations = 0;
-    for (const auto &operation : audioOperations)
-        run(operation);
-    expectLinesOfTheirOwn();
-}
-
-TEST_F(LogTest, TheseOperationsOfAHandlerLogNothing)
-{
-    AbstractVoiceCallHandler *call = addCall(active, {tones});
-    auto *handler = qobject_cast<CallHandler *>(call);
-    ASSERT_TRUE(handler);
-    expectUntraced("supportsDtmf", [&] { handler->supportsDtmf(); });
-    expectUntraced("supportsMultiparty", [&] { handler->supportsMultiparty(); });
-    expectUntraced("parentHandlerId", [&] { handler->parentHandlerId(); });
-    expectUntraced("childCalls", [&] { handler->childCalls(); });
-    expectUntraced("merge", [&] { handler->merge("h2"); });
-    expectUntraced("split", [&] { handler->split(); });
-    expectUntraced("addInterfaces", [&] { handler->addInterfaces({{"zelkovar.Call.Call1", {}}, {tones, {}}}); });
-}
-
-TEST_F(LogTest, TheseOperationsOfAProviderLogNothing)
-{
-    ASSERT_TRUE(addCall(active));
-    expectUntraced("appId", [&] { provider->appId(); });
-    expectUntraced("manager", [&] { provider->manager(); });
-    expectUntraced("onInterfacesAdded", [&] {
-        provider->onInterfacesAdded(application.name(), QDBusObjectPath("/no/call"), {{tones, {}}});
+    during("it is reported again", [&] {
+        other->onInterfacesAdded(application.name(), path, {{callInterfaceName, {}}, {tones, {}}});
     });
+    during("it loses its tones", [&] { other->onInterfacesRemoved(application.name(), path, {tones}); });
+    during("it is removed", [&] { other->onInterfacesRemoved(application.name(), path, {callInterfaceName}); });
+    during("remove", [&] { other->remove(); });
+    during("destroyed", [&] { delete other; });
+    expectWritten("provider.log");
 }
 
-TEST_F(LogTest, AWholeCallTracesOnlyThePluginItsProvidersAndItsHandlers)
+TEST_F(LogTest, OperationsOfAHandler)
 {
-    const LogRecorder log;
+    name(provider, "provider");
+    const DBusCallObject object(application.name(), QDBusObjectPath("/o/c1"));
+    CallHandler *call = nullptr;
+    const auto timerEvent = [&](int id) {
+        QTimerEvent event(id);
+        QCoreApplication::sendEvent(call, &event);
+    };
+    const auto status = [&](uint number) { QMetaObject::invokeMethod(call, "onStatusChanged", Q_ARG(uint, number)); };
+    during("made with tones and audio control", [&] {
+        const QVariantMapMap all{{callInterfaceName, {{"Status", 5U}}}, {tones, {}}, {audioControl, {}}};
+        call = name(new CallHandler("x", object, all, provider), "call");
+    });
+    during("provider", [&] { call->provider(); });
+    during("handlerId", [&] { call->handlerId(); });
+    during("lineId", [&] { call->lineId(); });
+    during("startedAt", [&] { call->startedAt(); });
+    during("duration", [&] { call->duration(); });
+    during("isIncoming", [&] { call->isIncoming(); });
+    during("isMultiparty", [&] { call->isMultiparty(); });
+    during("isEmergency", [&] { call->isEmergency(); });
+    during("isForwarded", [&] { call->isForwarded(); });
+    during("isRemoteHeld", [&] { call->isRemoteHeld(); });
+    during("parentHandlerId", [&] { call->parentHandlerId(); });
+    during("childCalls", [&] { call->childCalls(); });
+    during("uri", [&] { call->uri(); });
+    during("appId", [&] { call->appId(); });
+    during("supportsDtmf", [&] { call->supportsDtmf(); });
+    during("supportsMultiparty", [&] { call->supportsMultiparty(); });
+    during("holdable", [&] { call->holdable(); });
+    during("status", [&] { call->status(); });
+    during("answer", [&] { call->answer(); });
+    during("hangup", [&] { call->hangup(); });
+    during("hold, although it is not holdable", [&] { call->hold(true); });
+    during("release", [&] { call->hold(false); });
+    during("deflect", [&] { call->deflect("x"); });
+    during("sendDtmf", [&] { call->sendDtmf("1"); });
+    during("merge", [&] { call->merge("h2"); });
+    during("split", [&] { call->split(); });
+    during("a mute is asked for while it is active", [&] { call->onMuteRequested(true); });
+    during("a route is asked for while it is active", [&] { call->onAudioRouteRequested("a", "b"); });
+    during("the devices change", [&] { emit host.devicesChanged(); });
+    during("the selected input changes", [&] { emit host.selectedInputDeviceChanged(); });
+    during("tick", [&] {
+        const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(call);
+        ASSERT_EQ(timers.size(), 1);
+        timerEvent(timers.first().timerId);
+    });
+    during("tick of another timer", [&] { timerEvent(-5); });
+    during("incoming", [&] { status(3); });
+    during("tick while it is incoming", [&] { timerEvent(-1); });
+    during("a mute is asked for while it is incoming", [&] { call->onMuteRequested(true); });
+    during("a route is asked for while it is incoming", [&] { call->onAudioRouteRequested("a", "b"); });
+    during("of no known status", [&] { status(8); });
+    during("reported again", [&] { call->addInterfaces({{callInterfaceName, {}}, {tones, {}}, {audioControl, {}}}); });
+    during("destroyed", [&] { delete call; });
+    during("made without a status", [&] {
+        call = name(new CallHandler("y", object, {{callInterfaceName, {}}}, provider), "call");
+    });
+    during("it gets tones", [&] { call->addInterfaces({{tones, {}}}); });
+    during("it gets audio control", [&] { call->addInterfaces({{audioControl, {}}}); });
+    during("destroyed", [&] { delete call; });
+    expectWritten("handler.log");
+}
+
+TEST_F(LogTest, AWholeCall)
+{
     ScriptedApplication other;
-    ASSERT_TRUE(other.registerCallManager("/o"));
-    other.announce("/o", "/o/c1", callInterfaces(active, {tones, audioControl}));
-    ASSERT_TRUE(other.settle());
-    ASSERT_TRUE(host.call());
-    host.call()->answer();
-    host.call()->sendDtmf("1");
-    host.call()->hold(true);
-    emit host.devicesChanged();
-    emit host.microphoneMutedChanged();
-    other.changeStatus("/o/c1", 7);
-    other.signal("/o/c1", audioControl, "RequestMute", "true");
-    other.withdraw("/o", "/o/c1", {"zelkovar.Call.Call1"});
-    ASSERT_TRUE(other.settle());
-    other.leave();
-    ASSERT_TRUE(waitFor([&] { return host.providers.size() == 1; }));
-    settle();
-
-    static const QRegularExpression traced("(CallProviderFactory|CallProvider|CallHandler)::");
-    static const QRegularExpression exempt("CallHandler::(supportsDtmf|supportsMultiparty|parentHandlerId|childCalls|"
-                                           "merge|split|addInterfaces)\\(|CallProvider::(appId|manager|"
-                                           "onInterfacesAdded)\\(");
-    const QList<Trace> lines = traces(log);
-    EXPECT_GT(lines.size(), 20);
-    for (const Trace &line : lines) {
-        EXPECT_TRUE(traced.match(line.signature).hasMatch()) << line.signature.toStdString();
-        EXPECT_FALSE(exempt.match(line.signature).hasMatch()) << line.signature.toStdString();
-    }
-    // What is left are the texts below, nothing else.
-    EXPECT_EQ(log.entries().size(),
-        lines.size() + log.startingWith("info default: RegisterCallManager ").size()
-            + log.startingWith("debug default: Adding call handler ").size()
-            + log.startingWith("debug default: Removing call handler ").size()
-            + log.startingWith("debug default: remote object status ").size());
+    name(&factory, "plugin");
+    CallProvider *itsProvider = nullptr;
+    during("registered", [&] {
+        ASSERT_TRUE(other.registerCallManager("/o"));
+        itsProvider = name(qobject_cast<CallProvider *>(host.providers.last()), "provider");
+    });
+    during("registered again", [&] { ASSERT_TRUE(other.registerCallManager("/o")); });
+    during("the call comes", [&] {
+        other.announce("/o", "/o/c1", callInterfaces(incoming, {tones, audioControl}));
+        ASSERT_TRUE(other.settle());
+        ASSERT_TRUE(host.call());
+        name(host.call(), "call");
+    });
+    during("it becomes active", [&] {
+        other.changeStatus("/o/c1", 5);
+        ASSERT_TRUE(other.settle());
+    });
+    during("its application asks for a mute", [&] {
+        other.signal("/o/c1", audioControl, "RequestMute", "true");
+        ASSERT_TRUE(other.settle());
+    });
+    during("it goes", [&] {
+        other.withdraw("/o", "/o/c1", {callInterfaceName});
+        ASSERT_TRUE(other.settle());
+        ASSERT_TRUE(waitFor([&] { return !itsProvider->findChild<CallHandler *>(); }));
+    });
+    during("its application leaves", [&] {
+        const QPointer<CallProvider> leaving = itsProvider;
+        other.leave();
+        ASSERT_TRUE(waitFor([&] { return !leaving; }));
+    });
+    expectWritten("call.log");
 }
 
 TEST_F(LogTest, TraceLinesAreOffByDefaultWhileWarningsAreOn)
@@ -447,37 +380,13 @@ TEST_F(LogTest, DialingIsTracedBeforeItIsRefused)
     EXPECT_NE(provider->errorString(), QString());
 }
 
-TEST_F(LogTest, ARegistrationAndADepartureAreTracedOnceEach)
-{
-    const LogRecorder log;
-    ScriptedApplication other;
-    ASSERT_TRUE(other.registerCallManager("/o"));
-    other.leave();
-    ASSERT_TRUE(waitFor([&] { return host.providers.size() == 1; }));
-    EXPECT_EQ(log.entries().filter("CallProviderFactory::onCallManagerAdded(").size(), 1);
-    EXPECT_EQ(log.entries().filter("CallProviderFactory::onCallManagerRemoved(").size(), 1);
-}
-
-TEST_F(LogTest, ARefusalIsTracedBeforeItIsWarnedOf)
-{
-    expectTraced("bool CallProviderFactory::configure(VoiceCallManagerInterface*)", [&] {
-        factory.configure(&host);
-        return &factory;
-    });
-    expectTraced("void CallProviderFactory::onCallManagerAdded(const DBusCallManager&, pid_t)", [&] {
-        const DBusCallManager known(application.name(), QDBusObjectPath(managerPath));
-        QMetaObject::invokeMethod(&factory, "onCallManagerAdded", Q_ARG(DBusCallManager, known), Q_ARG(pid_t, 1));
-        return &factory;
-    });
-}
-
-TEST_F(LogTest, TheRemovalOfAllCallsIsTracedBeforeThatOfEach)
+TEST_F(LogTest, ACallIsStillListedWhileItsIdIsReadAtItsRemoval)
 {
     ASSERT_TRUE(addCall(active));
-    expectTraced("void CallProvider::remove()", [&] {
-        provider->remove();
-        return provider;
-    });
+    QList<int> listed;
+    const WhenTraced look("CallHandler::handlerId(", [&] { listed.append(provider->voiceCalls().size()); });
+    provider->onInterfacesRemoved(application.name(), QDBusObjectPath(callPath), {callInterfaceName});
+    EXPECT_EQ(listed, QList<int>({1}));
 }
 
 TEST_F(LogTest, AnEndIsTracedWhileEverythingIsStillThere)
@@ -551,16 +460,23 @@ TEST_F(LogTest, SaysEachStatusAsItCameAlsoTheSameAndUnknownOnes)
             "debug default: remote object status 8", "debug default: remote object status 4294967295"}));
 }
 
-TEST_F(LogTest, SaysTheStatusBeforeItTakesEffect)
+TEST_F(LogTest, SaysTheStatusBeforeTheCallHasIt)
 {
-    AbstractVoiceCallHandler *handler = addCall(incoming);
-    ASSERT_TRUE(handler);
-    const LogRecorder log;
-    QStringList before;
-    QObject::connect(handler, &AbstractVoiceCallHandler::statusChanged, &host, [&] { before = log.entries(); });
+    AbstractVoiceCallHandler *call = addCall(incoming);
+    ASSERT_TRUE(call);
+    QList<int> statuses;
+    const WhenTraced look("remote object status", [&] { statuses.append(call->status()); });
     changeStatus(5);
-    ASSERT_GE(before.size(), 2);
-    EXPECT_EQ(before.at(1), "debug default: remote object status 5") << "right behind the trace line";
+    EXPECT_EQ(statuses, QList<int>({AbstractVoiceCallHandler::StatusIncoming}));
+}
+
+TEST_F(LogTest, SaysThatItRemovesACallWhileItIsListed)
+{
+    ASSERT_TRUE(addCall(active));
+    QList<int> listed;
+    const WhenTraced look("Removing call handler", [&] { listed.append(provider->voiceCalls().size()); });
+    provider->onInterfacesRemoved(application.name(), QDBusObjectPath(callPath), {callInterfaceName});
+    EXPECT_EQ(listed, QList<int>({1}));
 }
 
 TEST_F(LogTest, SaysThatItAddsACallBeforeItAsksForAnId)

@@ -4,8 +4,11 @@
 #include "objectmanager/objectmanager.h"
 #include "service/callservice.h"
 
+#include "busconnection.h"
 #include "logrecorder.h"
+#include "objectreport.h"
 #include "printers.h"
+#include "privatebus.h"
 #include "scriptedapplication.h"
 #include "waitfor.h"
 
@@ -235,6 +238,16 @@ TEST_F(ObjectManagerTest, ErrorInsteadOfASnapshotIsDroppedWithoutAWordAndChanges
     ASSERT_TRUE(settle());
     EXPECT_EQ(events, QStringList("/m/c1 + test.A"));
     EXPECT_EQ(application.calls().size(), 1) << "nothing is asked again";
+}
+
+TEST_F(ObjectManagerTest, ErrorIsNoSnapshotWhateverItCarries)
+{
+    for (const char *body : {"{objectpath '/m/c1': {'test.A': @a{sv} {}}}", "[(1, 2)]", "uint32 5"}) {
+        application.refuseSnapshot("test.Error", body);
+        mirror();
+        ASSERT_TRUE(settle());
+        EXPECT_EQ(events, QStringList()) << body;
+    }
 }
 
 TEST_F(ObjectManagerTest, WithoutAnAnswerChangesAreReportedAndNothingIsLogged)
@@ -581,6 +594,147 @@ TEST_F(ObjectManagerTest, SignalsOfOtherSendersAreIgnored)
     stranger.signal(managerPath, objectManagerInterface, "InterfacesAdded",
         "objectpath '/m/c1', @a{sa{sv}} {'test.A': {}}", ScriptedApplication::thisProcess());
     ASSERT_TRUE(stranger.settle());
+    EXPECT_EQ(events, QStringList());
+}
+
+// --- Answers that others forge
+
+namespace {
+
+// An ordinary bus delivers answers that nobody asked for. One with these elements does not.
+const char forgeriesAllowed[] = "";
+const char forgeriesDenied[] = R"(<policy context="mandatory">
+  <deny send_requested_reply="false" send_type="method_return"/>
+  <deny send_requested_reply="false" send_type="error"/>
+</policy>)";
+
+/** A mirror on a bus of its own, an application that answers when the test says so, and somebody else. */
+class ForgedAnswers
+{
+public:
+    explicit ForgedAnswers(const char *busConfiguration)
+        : bus(QString::fromLatin1(busConfiguration)),
+          manager(QString::fromStdString(application.name()), QDBusObjectPath(managerPath), host, nullptr)
+    {
+        QObject::connect(&manager, &ObjectManager::interfacesAdded,
+            [this](const QString &, const QDBusObjectPath &object) { added.append(object.path()); });
+    }
+
+    ~ForgedAnswers() { QDBusConnection::disconnectFromBus(host.name()); }
+
+    /** Answers all of the host's calls in the application's name; false when there were too many. */
+    bool guess(int type)
+    {
+        constexpr uint32_t guesses = 100;
+        const uint32_t asked = request();
+        for (uint32_t serial = 1; serial <= guesses; ++serial)
+            stranger.send(answer(type, serial, "/m/forged"));
+        settle(stranger);
+        return asked <= guesses;
+    }
+
+    /** The application answers, too. */
+    void answerHonestly()
+    {
+        application.send(answer(DBUS_MESSAGE_TYPE_METHOD_RETURN, request(), "/m/honest"));
+        settle(application);
+    }
+
+    bool isWaiting() const { return !manager.findChildren<QDBusPendingCallWatcher *>().isEmpty(); }
+
+    QStringList added;
+
+private:
+    Message answer(int type, uint32_t serial, const char *object) const
+    {
+        Message reply(dbus_message_new(type));
+        dbus_message_set_destination(reply.raw(), host.baseService().toUtf8().constData());
+        dbus_message_set_reply_serial(reply.raw(), serial);
+        if (type == DBUS_MESSAGE_TYPE_ERROR)
+            dbus_message_set_error_name(reply.raw(), DBUS_ERROR_FAILED);
+        appendObjects(reply.raw(), {{object, {"test.A"}, {}}});
+        return reply;
+    }
+
+    /** The host's bus thread answers this when it has handled what was sent before; then the main thread does. */
+    void settle(BusConnection &sender)
+    {
+        sender.call(Message::call({host.baseService().toStdString(), "/", "org.freedesktop.DBus.Peer"}, "Ping"));
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    /** The serial number of the host's request, once it has arrived. */
+    uint32_t request()
+    {
+        EXPECT_TRUE(waitFor([this] {
+            application.pump([this](const Message &message) {
+                if (message.member() == "GetManagedObjects")
+                    requested = dbus_message_get_serial(message.raw());
+            });
+            return requested > 0;
+        }));
+        return requested;
+    }
+
+    PrivateBus bus;
+    QDBusConnection host = bus.connect("host");
+    BusConnection application{bus.address().toStdString()};
+    BusConnection stranger{bus.address().toStdString()};
+    ObjectManager manager;
+    uint32_t requested = 0;
+};
+
+} // namespace
+
+TEST(ForgedAnswer, IsDroppedWithoutAWordAndTheHonestOneIsLost)
+{
+    const LogRecorder log;
+    ForgedAnswers scene(forgeriesAllowed);
+    ASSERT_TRUE(scene.guess(DBUS_MESSAGE_TYPE_METHOD_RETURN));
+    EXPECT_FALSE(scene.isWaiting());
+    scene.answerHonestly();
+    EXPECT_EQ(scene.added, QStringList());
+    EXPECT_EQ(log.entries(), QStringList());
+}
+
+TEST(ForgedAnswer, ThatIsAnErrorCarriesNothingAndTheHonestOneIsLost)
+{
+    ForgedAnswers scene(forgeriesAllowed);
+    ASSERT_TRUE(scene.guess(DBUS_MESSAGE_TYPE_ERROR));
+    EXPECT_FALSE(scene.isWaiting());
+    scene.answerHonestly();
+    EXPECT_EQ(scene.added, QStringList());
+}
+
+TEST(ForgedAnswer, DoesNotComeThroughABusThatDeniesAnswersNobodyAskedFor)
+{
+    for (const int type : {DBUS_MESSAGE_TYPE_METHOD_RETURN, DBUS_MESSAGE_TYPE_ERROR}) {
+        ForgedAnswers scene(forgeriesDenied);
+        ASSERT_TRUE(scene.guess(type));
+        EXPECT_TRUE(scene.isWaiting());
+        scene.answerHonestly();
+        EXPECT_EQ(scene.added, QStringList("/m/honest"));
+    }
+}
+
+// --- What else is listened to
+
+TEST_F(ObjectManagerTest, AnErrorThatCarriesObjectsIsAnErrorAllTheSame)
+{
+    BusConnection peer(qgetenv("DBUS_SESSION_BUS_ADDRESS").toStdString());
+    mirror(QString::fromStdString(peer.name()));
+    ASSERT_TRUE(waitFor([&] {
+        peer.pump([&](const Message &request) {
+            const Message refusal(dbus_message_new(DBUS_MESSAGE_TYPE_ERROR));
+            dbus_message_set_error_name(refusal.raw(), DBUS_ERROR_FAILED);
+            dbus_message_set_destination(refusal.raw(), dbus_message_get_sender(request.raw()));
+            dbus_message_set_reply_serial(refusal.raw(), dbus_message_get_serial(request.raw()));
+            appendObjects(refusal.raw(), {{"/m/c1", {"test.A"}, {}}});
+            peer.send(refusal);
+        });
+        return manager->findChildren<QDBusPendingCallWatcher *>().isEmpty();
+    }));
     EXPECT_EQ(events, QStringList());
 }
 

@@ -84,9 +84,9 @@ TEST_F(CallTest, OffersOnlyWhatItWasDescribedWith)
     description.audioControl = false;
     const Call *call = addKnownCall(description);
     EXPECT_THAT(host.calls().value(QDBusObjectPath(call->path())).keys(), ElementsAre("zelkovar.Call.Call1"));
-    EXPECT_EQ(command(call->path(), "DTMF1", "SendDTMF", {"1"}), "org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(command(call->path(), "DTMF1", "SendDTMF", {"1"}), "org.freedesktop.DBus.Error.UnknownInterface");
     EXPECT_EQ(command(call->path(), "AudioControl1", "UpdateAudioRoute", {true, "", ""}),
-        "org.freedesktop.DBus.Error.UnknownMethod");
+        "org.freedesktop.DBus.Error.UnknownInterface");
 }
 
 TEST_F(CallTest, BeginsAsItsDirectionSays)
@@ -329,13 +329,6 @@ TEST_F(Commands, WithOtherArgumentsAreRefused)
     EXPECT_THAT(*record, IsEmpty());
 }
 
-TEST_F(Commands, NeedNoInterfaceName)
-{
-    bringUp(CallStatus::Incoming);
-    EXPECT_EQ(host.call(call->path(), "", "Accept").type(), QDBusMessage::ReplyMessage);
-    EXPECT_THAT(*record, ElementsAre("answer"));
-}
-
 // A dialog that an application opens runs an event loop, in which the far end may hang up.
 TEST_F(Commands, MayOutliveTheCall)
 {
@@ -361,26 +354,4 @@ TEST_F(CallTest, MayEndWhenItIsShown)
     ASSERT_TRUE(host.waitForWire("InterfacesRemoved"));
     EXPECT_THAT(wire(),
         ElementsAre("InterfacesAdded /org/example/calls/call1 3", "StatusChanged /org/example/calls/call1 1", removed));
-}
-
-// --- Properties
-
-TEST_F(CallTest, AnswersForItsProperties)
-{
-    Call *call = addKnownCall();
-    call->setStatus(CallStatus::Active);
-    const QString properties = "org.freedesktop.DBus.Properties";
-    const QString interface = "zelkovar.Call.Call1";
-    const QDBusMessage status = host.call(call->path(), properties, "Get", {interface, "Status"});
-    EXPECT_EQ(status.arguments().value(0).value<QDBusVariant>().variant(), 5U);
-    EXPECT_EQ(
-        qdbus_cast<QVariantMap>(host.call(call->path(), properties, "GetAll", {interface}).arguments().at(0)).size(),
-        8);
-    EXPECT_EQ(host.call(call->path(), properties, "Get", {interface, "Age"}).errorName(),
-        "org.freedesktop.DBus.Error.UnknownProperty");
-    EXPECT_EQ(host.call(call->path(), properties, "Set", {interface, "Status", QVariant::fromValue(QDBusVariant(7U))})
-                  .errorName(),
-        "org.freedesktop.DBus.Error.PropertyReadOnly");
-    EXPECT_EQ(host.call(call->path(), properties, "GetAll", {"org.example.Other"}).errorName(),
-        "org.freedesktop.DBus.Error.UnknownInterface");
 }

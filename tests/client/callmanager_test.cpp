@@ -397,29 +397,3 @@ TEST_F(Manager, AnswersCommandsToACallThatHasGoneWithAnError)
     ASSERT_EQ(late.size(), 1);
     EXPECT_THAT(late.at(0), ElementsAre(gone, "Accept"));
 }
-
-TEST_F(Manager, DescribesItselfAndItsCalls)
-{
-    const Call *call = addKnownCall();
-    const auto introspect = [this](const QString &object) {
-        return host.call(object, "org.freedesktop.DBus.Introspectable", "Introspect")
-            .arguments()
-            .value(0)
-            .toString()
-            .toStdString();
-    };
-    EXPECT_THAT(introspect(path), HasSubstr("<interface name=\"org.freedesktop.DBus.ObjectManager\">"));
-    EXPECT_THAT(introspect(path), HasSubstr("<node name=\"call1\"/>"));
-    EXPECT_THAT(introspect(call->path()), HasSubstr("<interface name=\"zelkovar.Call.AudioControl1\">"));
-}
-
-TEST_F(Manager, AnswersNothingElse)
-{
-    registerWithHost();
-    const QString manager = "org.freedesktop.DBus.ObjectManager";
-    EXPECT_EQ(host.call(path, manager, "GetObjects").errorName(), "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(host.call(path, "org.example.Other", "GetManagedObjects").errorName(),
-        "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(host.call(path, manager, "GetManagedObjects", {1}).errorName(), "org.freedesktop.DBus.Error.InvalidArgs");
-    EXPECT_EQ(host.call(path, "", "GetManagedObjects").type(), QDBusMessage::ReplyMessage);
-}

@@ -173,6 +173,24 @@ TEST_F(FakeAudio, ADeviceWithAFileDescriptorIsRefused)
     close(descriptor);
 }
 
+// Qt reads an empty signature, and refuses to send it ever again.
+TEST_F(FakeAudio, ADeviceWithAnEmptySignatureIsRefusedAndTheAudioStaysReadable)
+{
+    for (const char *value : {"<signature ''>", "<<signature ''>>", "<[<signature ''>]>", "<{'k': <signature ''>}>"}) {
+        EXPECT_EQ(fake(QStringLiteral("AddDevice"),
+                      QStringLiteral("('x', 2, false, true, '', {'p': %1})").arg(QLatin1String(value))),
+            "org.freedesktop.DBus.Error.InvalidArgs")
+            << value;
+    }
+    EXPECT_THAT(text(host.askStandard(HostProgram::root(), QStringLiteral("Properties.GetAll"),
+                    QStringLiteral("'org.tarnwickle.voicecall.Audio1'"))),
+        HasSubstr("'Devices': <[('microphone'"));
+    EXPECT_EQ(
+        fake(QStringLiteral("AddDevice"), QStringLiteral("('x', 2, false, true, '', {'p': <signature 'a{sv}'>})")),
+        "()");
+    EXPECT_THAT(property(QStringLiteral("Devices")), HasSubstr("{'p': <signature 'a{sv}'>}"));
+}
+
 TEST_F(FakeAudio, RemovingADeviceThatIsNotSelectedLeavesTheSelection)
 {
     EXPECT_EQ(fake(QStringLiteral("RemoveDevice"), QStringLiteral("'speaker'")), "()");

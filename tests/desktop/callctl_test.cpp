@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "hostprogram.h"
+#include "stubhost.h"
+#include "waitfor.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -9,6 +11,7 @@
 #include <QtDBus/QDBusConnection>
 #include <csignal>
 #include <gmock/gmock.h>
+#include <memory>
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -22,9 +25,14 @@ static std::string text(const QString &string) { return string.toStdString(); }
 struct Execution
 {
     explicit Execution(const QString &arguments, const QStringList &environment = {})
+        : Execution(QStringLiteral(CALLCTL), arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts), environment)
+    {
+    }
+
+    Execution(const QString &file, const QStringList &arguments, const QStringList &environment)
     {
         Program program;
-        program.start(QStringLiteral(CALLCTL), arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts), environment);
+        program.start(file, arguments, environment);
         exitCode = program.waitForExit();
         lines = program.lines();
         error = text(program.errorOutput());
@@ -59,10 +67,9 @@ protected:
     void TearDown() override { EXPECT_EQ(host.end(), 0) << text(host.program().errorOutput()); }
 
     // Ids are given by the test, so that they can be written out.
-    void addCall(const char *id, const char *state = "")
+    void addCall(const char *id, const QString &state = {})
     {
-        host.addCall(QStringLiteral("fake/1"),
-            QStringLiteral("{'HandlerId': <'%1'>%2}").arg(QLatin1String(id), QString::fromUtf8(state)));
+        host.addCall(QStringLiteral("fake/1"), QStringLiteral("{'HandlerId': <'%1'>%2}").arg(QLatin1String(id), state));
     }
 
     void expectDone(const char *arguments)
@@ -194,6 +201,35 @@ TEST_F(Callctl, WritesTheSameInAnyLocale)
     addCall("c1", ", 'LineId': <'J\u00f6rg \u5f20'>");
     EXPECT_EQ(Execution(QStringLiteral("calls"), {QStringLiteral("LC_ALL=C")}).lines,
         Execution(QStringLiteral("calls"), {QStringLiteral("LC_ALL=C.UTF-8")}).lines);
+}
+
+TEST_F(Callctl, ANameCannotHideInOneColumnNorTurnTheLine)
+{
+    addCall("c1",
+        ", 'LineId': <'" + QString(200000, QChar(0x0301))
+            + "'>, 'Uri': <'a\\u2066\\u202e1\\u2069'>, 'AppId': <'\u05d0'>");
+    const QStringList lines = callctl("calls").lines;
+    EXPECT_LT(lines.at(1).size(), 100);
+    EXPECT_THAT(text(lines.at(1)), HasSubstr("a\ufffd\ufffd1\ufffd"));
+    EXPECT_THAT(text(lines.at(1)), HasSubstr("\u05d0\u200e "));
+}
+
+// --- Output
+
+static Execution intoFullDevice(const QStringList &arguments)
+{
+    const QStringList command
+        = {QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\" >/dev/full"), QStringLiteral(CALLCTL)};
+    return Execution(QStringLiteral("/bin/sh"), command + arguments, {});
+}
+
+TEST_F(Callctl, FailsWhereItsOutputCannotBeWritten)
+{
+    for (const char *command : {"calls", "calls --json", "providers", "devices", "watch", "--help", "--version"}) {
+        const Execution run = intoFullDevice(QString::fromUtf8(command).split(QLatin1Char(' ')));
+        EXPECT_EQ(run.exitCode, 1) << command;
+        EXPECT_EQ(run.error, "callctl: cannot write to standard output: No space left on device\n") << command;
+    }
 }
 
 // --- Commands
@@ -339,7 +375,7 @@ TEST(CallctlCommandLine, JsonGoesWithListsOnly)
 
 TEST(CallctlWithoutAHost, SaysHowToStartIt)
 {
-    for (const char *command : {"calls", "providers", "devices", "answer", "watch"}) {
+    for (const char *command : {"calls", "providers", "devices", "answer"}) {
         const Execution run = callctl(command);
         EXPECT_EQ(run.exitCode, 3) << command;
         EXPECT_EQ(run.error,
@@ -372,7 +408,7 @@ TEST(CallctlWithoutAHost, AHostThatDoesNotAnswerIsGivenUp)
     const Execution run = callctl("calls");
     host.program().signal(SIGCONT);
     EXPECT_EQ(run.exitCode, 3);
-    EXPECT_THAT(run.error, HasSubstr("voicecalld does not answer as it should: "));
+    EXPECT_EQ(run.error, "callctl: voicecalld is running, but does not answer\n");
     EXPECT_EQ(host.end(), 0);
 }
 
@@ -384,4 +420,15 @@ TEST(CallctlWithoutAHost, ANameOwnedByAnotherProgramIsNotTakenForTheHost)
     EXPECT_TRUE(bus.unregisterService(HostProgram::service()));
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_THAT(run.error, HasSubstr("voicecalld does not answer as it should: "));
+}
+
+TEST(CallctlWithoutAHost, AHostThatGoesWhileItIsAskedIsNotWaitedFor)
+{
+    auto host = std::make_unique<StubHost>(StubHost::Mood::IsSilent);
+    Program callctl;
+    ASSERT_TRUE(callctl.start(QStringLiteral(CALLCTL), {QStringLiteral("calls")}));
+    ASSERT_TRUE(waitFor([&] { return host->questionCount() == 3; }));
+    host.reset();
+    EXPECT_EQ(callctl.waitForExit(), 3);
+    EXPECT_EQ(text(callctl.errorOutput()), "callctl: voicecalld has left the bus while it was asked\n");
 }

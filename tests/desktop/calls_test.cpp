@@ -11,6 +11,7 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 static const QString provider = QStringLiteral("fake/1");
 static const QString objectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
@@ -255,6 +256,104 @@ TEST_F(HostCalls, ACommandThatEndsTheCallAtOnceIsStillAnswered)
     EXPECT_EQ(command(id, QStringLiteral("Hangup")), "org.freedesktop.DBus.Error.UnknownObject");
 }
 
+// --- What is shown of much
+
+class BoundedCalls : public testing::Test
+{
+protected:
+    void start(const QStringList &options)
+    {
+        ASSERT_TRUE(host.start(QStringList{QStringLiteral("--plugin"), QStringLiteral(FAKE_PLUGIN)} + options));
+        host.plugin(QStringLiteral("AddProvider"), quoted(provider));
+        host.listen();
+    }
+
+    void TearDown() override { EXPECT_EQ(host.end(), 0) << text(host.program().errorOutput()); }
+
+    std::string shown(const QString &id) { return text(host.callProperty(id, QStringLiteral("HandlerId"))); }
+
+    int warnings() { return host.program().errorOutput().count(QStringLiteral("Too many ")); }
+
+    HostProgram host;
+    const QString provider = QStringLiteral("fake/:1.1/a");
+};
+
+TEST_F(BoundedCalls, LongTextsAreCutWithAMarkAndNotInTheMiddleOfACharacter)
+{
+    ASSERT_NO_FATAL_FAILURE(start({QStringLiteral("--longest-text"), QStringLiteral("4")}));
+    const QString id
+        = host.addCall(provider, QStringLiteral("{'LineId': <'12345'>, 'Uri': <'123😀'>, 'AppId': <'1234'>}"));
+    EXPECT_EQ(text(host.callProperty(id, QStringLiteral("LineId"))), "<'1234…'>");
+    EXPECT_EQ(text(host.callProperty(id, QStringLiteral("Uri"))), "<'123…'>");
+    EXPECT_EQ(text(host.callProperty(id, QStringLiteral("AppId"))), "<'1234'>");
+}
+
+TEST_F(BoundedCalls, ZeroLiftsABound)
+{
+    ASSERT_NO_FATAL_FAILURE(start({QStringLiteral("--longest-text"), QStringLiteral("0")}));
+    const QString name(3000, QLatin1Char('x'));
+    const QString id = host.addCall(provider, QStringLiteral("{'LineId': <'%1'>}").arg(name));
+    EXPECT_EQ(text(host.callProperty(id, QStringLiteral("LineId"))), text(QStringLiteral("<'%1'>").arg(name)));
+}
+
+TEST_F(BoundedCalls, CallsBeyondAnApplicationsShareAreHiddenUntilThereIsRoom)
+{
+    ASSERT_NO_FATAL_FAILURE(start({QStringLiteral("--most-calls-each"), QStringLiteral("2")}));
+    const QString sibling = QStringLiteral("fake/:1.1/b");
+    const QString other = QStringLiteral("fake/:1.2/a");
+    host.plugin(QStringLiteral("AddProvider"), quoted(sibling));
+    host.plugin(QStringLiteral("AddProvider"), quoted(other));
+    const QString first = host.addCall(provider);
+    const QString second = host.addCall(sibling);
+    const QString third = host.addCall(provider);
+    const QString fourth = host.addCall(sibling);
+    const QString strangers = host.addCall(other);
+    for (const QString &id : {first, second, strangers})
+        EXPECT_EQ(shown(id), text(QStringLiteral("<'%1'>").arg(id)));
+    for (const QString &id : {third, fourth})
+        EXPECT_THAT(shown(id), Not(HasSubstr("<'")));
+    EXPECT_EQ(warnings(), 1);
+
+    host.plugin(QStringLiteral("RemoveCall"), quoted(first));
+    EXPECT_EQ(shown(third), text(QStringLiteral("<'%1'>").arg(third)));
+    EXPECT_THAT(shown(fourth), Not(HasSubstr("<'")));
+    // One that was never shown leaves without a word.
+    host.takeSignals();
+    host.plugin(QStringLiteral("RemoveCall"), quoted(fourth));
+    EXPECT_THAT(texts(host.takeSignals()), ElementsAre());
+    EXPECT_EQ(warnings(), 1);
+}
+
+TEST_F(BoundedCalls, ProvidersBeyondTheBoundAreHiddenWithTheirCallsUntilThereIsRoom)
+{
+    ASSERT_NO_FATAL_FAILURE(start({QStringLiteral("--most-providers"), QStringLiteral("1")}));
+    const QString late = QStringLiteral("fake/:1.2/a");
+    host.plugin(QStringLiteral("AddProvider"), quoted(late));
+    const QString call = host.addCall(late);
+    EXPECT_EQ(
+        text(host.property(QStringLiteral("Manager1"), QStringLiteral("Providers"))), "<[('fake/:1.1/a', 'fake')]>");
+    EXPECT_THAT(shown(call), Not(HasSubstr("<'")));
+    EXPECT_THAT(
+        text(host.ask(HostProgram::root(), QStringLiteral("Manager1.Dial"), QStringLiteral("'%1', '1'").arg(late))),
+        HasSubstr("NoSuchProvider"));
+    host.takeSignals();
+
+    host.plugin(QStringLiteral("RemoveProvider"), quoted(provider));
+    EXPECT_EQ(shown(call), text(QStringLiteral("<'%1'>").arg(call)));
+    EXPECT_THAT(texts(host.takeSignals()),
+        testing::IsSupersetOf({HasSubstr("Manager1.ProviderRemoved('fake/:1.1/a')"),
+            HasSubstr("Manager1.ProviderAdded('fake/:1.2/a', 'fake')"), HasSubstr("InterfacesAdded")}));
+}
+
+TEST_F(BoundedCalls, AProviderWhoseIdIsTooLongIsNeverShown)
+{
+    ASSERT_NO_FATAL_FAILURE(start({}));
+    host.plugin(QStringLiteral("AddProvider"), quoted(QString(1025, QLatin1Char('x'))));
+    EXPECT_EQ(
+        text(host.property(QStringLiteral("Manager1"), QStringLiteral("Providers"))), "<[('fake/:1.1/a', 'fake')]>");
+    EXPECT_TRUE(host.program().waitForError(QStringLiteral("too long to be shown")));
+}
+
 // --- Providers
 
 TEST_F(HostCalls, ProvidersAreListedInTheOrderInWhichTheyCame)
@@ -264,8 +363,8 @@ TEST_F(HostCalls, ProvidersAreListedInTheOrderInWhichTheyCame)
         "<[('fake/1', 'fake'), ('fake/0', 'fake')]>");
     EXPECT_THAT(texts(host.takeSignals()),
         ElementsAre("/org/tarnwickle/voicecall org.freedesktop.DBus.Properties.PropertiesChanged("
-                    "'org.tarnwickle.voicecall.Manager1', {'Providers': <[('fake/1', 'fake'), ('fake/0', 'fake')]>},"
-                    " @as [])"));
+                    "'org.tarnwickle.voicecall.Manager1', @a{sv} {}, ['Providers'])",
+            "/org/tarnwickle/voicecall org.tarnwickle.voicecall.Manager1.ProviderAdded('fake/0', 'fake')"));
 }
 
 TEST_F(HostCalls, AProviderBringsTheCallsThatItHasAlready)
@@ -284,9 +383,10 @@ TEST_F(HostCalls, RemovingAProviderDropsItsCallsFirstAndLeavesThoseOfOthers)
     host.plugin(QStringLiteral("RemoveProvider"), quoted(provider));
 
     const QStringList heard = host.takeSignals();
-    ASSERT_EQ(heard.size(), 2);
+    ASSERT_EQ(heard.size(), 3);
     EXPECT_THAT(text(heard.at(0)), HasSubstr("InterfacesRemoved(objectpath '" + text(HostProgram::call(id))));
-    EXPECT_THAT(text(heard.at(1)), HasSubstr("{'Providers': <[('fake/2', 'fake')]>}"));
+    EXPECT_THAT(text(heard.at(1)), HasSubstr("['Providers']"));
+    EXPECT_THAT(text(heard.at(2)), HasSubstr("Manager1.ProviderRemoved('fake/1')"));
     EXPECT_EQ(command(other, QStringLiteral("Answer")), "()");
 }
 

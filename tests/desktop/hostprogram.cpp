@@ -12,6 +12,7 @@ static QStringList split(const QString &interfaceAndMember)
 
 bool HostProgram::start(const QStringList &arguments, const QStringList &environment)
 {
+    m_program.setMustStay();
     return m_program.start(QStringLiteral(VOICECALLD), arguments, environment)
         && m_program.waitForOutput(QStringLiteral("voicecalld: ready"));
 }

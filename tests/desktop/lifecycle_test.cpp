@@ -3,14 +3,20 @@
 
 #include "hostprogram.h"
 #include "privatebus.h"
+#include "waitfor.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusConnectionInterface>
+#include <QtDBus/QDBusPendingCall>
 #include <csignal>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -72,6 +78,13 @@ TEST(VoicecalldCommandLine, AnUnknownOptionIsNamed)
     const FailedRun run({QStringLiteral("--loud")});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.said, "voicecalld: Unknown option 'loud'; 'voicecalld --help' shows what there is\n");
+}
+
+TEST(VoicecalldCommandLine, ANumberThatIsNoneIsNamed)
+{
+    const FailedRun run({QStringLiteral("--most-calls"), QStringLiteral("-1")});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.said, HasSubstr("--most-calls takes a number from 0 up, not '-1'"));
 }
 
 TEST(VoicecalldCommandLine, AWordThatIsNoOptionIsNamed)
@@ -258,7 +271,9 @@ TEST(VoicecalldOnTheBus, AnOwnedNameIsAnErrorAndThePluginGoesCleanly)
     ASSERT_TRUE(bus.registerService(HostProgram::service()));
     const FailedRun run(plugin(FAKE_PLUGIN), {QStringLiteral("FAKE_PLUGIN_KEEPS_PROVIDER=1")});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.said, HasSubstr("voicecalld: another program owns org.tarnwickle.voicecall already\n"));
+    EXPECT_THAT(run.said,
+        HasSubstr("voicecalld: another program owns org.tarnwickle.voicecall already, the process "
+            + std::to_string(QCoreApplication::applicationPid()) + "\n"));
     EXPECT_THAT(run.said, HasSubstr("fakeplugin: finalize\nfakeplugin: destroyed\n"));
     EXPECT_TRUE(bus.unregisterService(HostProgram::service()));
 }
@@ -275,6 +290,149 @@ TEST(VoicecalldOnTheBus, ALostBusEndsItWithAnError)
     EXPECT_EQ(program.waitForExit(), 1);
     EXPECT_THAT(text(program.errorOutput()), HasSubstr("voicecalld: the session bus is gone\n"));
     EXPECT_THAT(text(program.errorOutput()), HasSubstr("fakeplugin: finalize\nfakeplugin: destroyed\n"));
+}
+
+// --- A bus that is not heard
+
+// voicecalld on a bus of its own, which is asked very often whether it is heard.
+class HearingCheck : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(program.start(QStringLiteral(VOICECALLD),
+            plugin(FAKE_PLUGIN) << QStringLiteral("--hearing-check") << QStringLiteral("50"),
+            {QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + QString::fromUtf8(bus.address())}));
+        ASSERT_TRUE(program.waitForOutput(QStringLiteral("ready")));
+    }
+
+    QDBusPendingCall tellPlugin(const QString &method, const QVariantList &arguments = {})
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            HostProgram::service(), QStringLiteral("/fakeplugin"), QStringLiteral("org.example.FakePlugin"), method);
+        message.setArguments(arguments);
+        return client.asyncCall(message);
+    }
+
+    void expectStillThere()
+    {
+        QDBusPendingCall answer = tellPlugin(QStringLiteral("TakeNotes"));
+        answer.waitForFinished();
+        EXPECT_FALSE(answer.isError()) << text(answer.error().message());
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.waitForExit(), 0) << text(program.errorOutput());
+    }
+
+    PrivateBus bus;
+    QDBusConnection client = bus.connect(QString::fromUtf8(bus.address()));
+    Program program;
+};
+
+TEST_F(HearingCheck, ADeafConnectionEndsItWithAnError)
+{
+    tellPlugin(QStringLiteral("Deafen"));
+    tellPlugin(QStringLiteral("TakeNotes"));
+    EXPECT_EQ(program.waitForExit(), 1) << text(program.errorOutput());
+    EXPECT_THAT(text(program.errorOutput()),
+        HasSubstr("voicecalld: the bus daemon answers others, but nothing arrives here any more\n"));
+}
+
+TEST_F(HearingCheck, ABusyMainThreadEndsNothing)
+{
+    tellPlugin(QStringLiteral("KeepBusy"), {1000});
+    expectStillThere();
+}
+
+TEST_F(HearingCheck, ADaemonThatStandsStillEndsNothing)
+{
+    bus.daemon().signal(SIGSTOP);
+    // In this time the host looks many times, and hears nothing.
+    QDBusPendingCall answer = tellPlugin(QStringLiteral("TakeNotes"));
+    EXPECT_FALSE(QTest::qWaitFor([&] { return answer.isFinished(); }, 1000));
+    bus.daemon().signal(SIGCONT);
+    expectStillThere();
+}
+
+TEST(VoicecalldOnTheBus, ItEndsPromptlyThoughTheDaemonStandsStill)
+{
+    PrivateBus bus;
+    Program program;
+    ASSERT_TRUE(program.start(QStringLiteral(VOICECALLD), plugin(FAKE_PLUGIN),
+        {QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + QString::fromUtf8(bus.address())}));
+    ASSERT_TRUE(program.waitForOutput(QStringLiteral("ready")));
+    bus.daemon().signal(SIGSTOP);
+    QElapsedTimer clock;
+    clock.start();
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForExit(), 0);
+    // A question to the daemon that is never answered ends after 25 s.
+    EXPECT_LT(clock.elapsed(), 15000);
+    bus.daemon().signal(SIGCONT);
+}
+
+// --- A supervisor
+
+// The socket that a service manager listens on.
+class NotifySocket
+{
+public:
+    NotifySocket()
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, path().constData(), sizeof address.sun_path);
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    }
+    ~NotifySocket() { close(m_socket); }
+    NotifySocket(const NotifySocket &) = delete;
+    NotifySocket &operator=(const NotifySocket &) = delete;
+
+    QByteArray path() const { return m_directory.filePath(QStringLiteral("notify")).toUtf8(); }
+
+    /** Whether this state has been told so many times by now, or is within the time that tests have. */
+    bool hears(const QByteArray &state, int times = 1)
+    {
+        return waitFor([&] {
+            char buffer[256];
+            for (ssize_t size = 1; (size = recv(m_socket, buffer, sizeof buffer, MSG_DONTWAIT)) >= 0;)
+                m_states.append(QByteArray(buffer, int(size)));
+            return m_states.count(state) >= times;
+        });
+    }
+
+    const QList<QByteArray> &states() const { return m_states; }
+
+private:
+    QTemporaryDir m_directory;
+    int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    QList<QByteArray> m_states;
+};
+
+TEST(VoicecalldAndItsSupervisor, HearWhenItIsReadyThatItRunsAndWhenItStops)
+{
+    NotifySocket supervisor;
+    HostProgram host;
+    ASSERT_TRUE(host.start(plugin(FAKE_PLUGIN),
+        {QStringLiteral("NOTIFY_SOCKET=") + QString::fromUtf8(supervisor.path()),
+            QStringLiteral("WATCHDOG_USEC=100000")}));
+    EXPECT_TRUE(supervisor.hears("READY=1"));
+    EXPECT_TRUE(supervisor.hears("WATCHDOG=1", 3));
+    EXPECT_FALSE(supervisor.states().contains("STOPPING=1"));
+    EXPECT_EQ(host.end(), 0);
+    EXPECT_TRUE(supervisor.hears("STOPPING=1"));
+}
+
+TEST(VoicecalldAndItsSupervisor, DoNotTalkOfAWatchdogThatIsMeantForAnotherProcess)
+{
+    NotifySocket supervisor;
+    HostProgram host;
+    ASSERT_TRUE(host.start(plugin(FAKE_PLUGIN),
+        {QStringLiteral("NOTIFY_SOCKET=") + QString::fromUtf8(supervisor.path()), QStringLiteral("WATCHDOG_USEC=1000"),
+            QStringLiteral("WATCHDOG_PID=1")}));
+    host.plugin(QStringLiteral("KeepBusy"), QStringLiteral("20"));
+    EXPECT_EQ(host.end(), 0);
+    EXPECT_TRUE(supervisor.hears("STOPPING=1"));
+    EXPECT_THAT(supervisor.states(), ElementsAre("READY=1", "STOPPING=1"));
 }
 
 class EndingSignal : public testing::TestWithParam<int>
@@ -316,6 +474,34 @@ TEST(VoicecalldLog, ShowsWarningsOnlyByDefault)
     muteAndEnd(host);
     EXPECT_THAT(text(host.program().errorOutput()), HasSubstr("voicecall: A plug-in asked"));
     EXPECT_THAT(text(host.program().errorOutput()), Not(HasSubstr(muteTrace)));
+}
+
+TEST(VoicecalldLog, ShowsWhatOthersSaidInOneShortLine)
+{
+    HostProgram host;
+    ASSERT_TRUE(host.start());
+    host.plugin(QStringLiteral("SelectInput"),
+        QStringLiteral("'a\\nvoicecalld: ready as \\u001b[31m%1'").arg(QString(100000, QLatin1Char('x'))));
+    EXPECT_EQ(host.end(), 0);
+    const QStringList said = host.program().errorOutput().split(QLatin1Char('\n')).filter(QStringLiteral("asked"));
+    ASSERT_EQ(said.size(), 1);
+    EXPECT_THAT(text(said.constFirst()), HasSubstr("'a\\u000avoicecalld: ready as \\u001b[31mxxx"));
+    EXPECT_LE(said.constFirst().size(), 500);
+    EXPECT_TRUE(said.constFirst().endsWith(QChar(0x2026)));
+}
+
+TEST(VoicecalldLog, CountsWhatComesAgainAndAgain)
+{
+    HostProgram host;
+    ASSERT_TRUE(host.start());
+    for (int i = 0; i < 26; ++i)
+        host.plugin(QStringLiteral("SelectInput"), QStringLiteral("'nowhere'"));
+    host.plugin(QStringLiteral("SelectInput"), QStringLiteral("'elsewhere'"));
+    EXPECT_EQ(host.end(), 0);
+    const std::string asked = "voicecall: A plug-in asked for the unknown input device ";
+    EXPECT_THAT(text(host.program().errorOutput()),
+        HasSubstr(asked + "'nowhere': ignored\nvoicecalld: the line above came 10 more times\n"
+            + "voicecalld: the line above came 25 more times\n" + asked + "'elsewhere': ignored\n"));
 }
 
 TEST(VoicecalldLog, TraceShowsEverything)

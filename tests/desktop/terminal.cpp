@@ -69,7 +69,7 @@ QByteArray Terminal::raw()
     return m_output;
 }
 
-// Knows what the program is allowed to use: line ends, cursor up, home, clear below and clear all.
+// Knows what the program is allowed to use: line ends, cursor up, home, clear line, clear below and clear all.
 QStringList Terminal::screen()
 {
     static const QRegularExpression token(QStringLiteral("\033\\[(\\d*)([A-Z])|\r|\n|[^\033\r\n]+"));
@@ -86,6 +86,8 @@ QStringList Terminal::screen()
             row = qMax(0, row - match.captured(1).toInt());
         } else if (command == QLatin1String("H")) {
             row = 0;
+        } else if (command == QLatin1String("K")) {
+            lines[row].clear();
         } else if (command == QLatin1String("J")) {
             lines = lines.mid(0, match.captured(1) == QLatin1String("2") ? 0 : row) << QString();
         } else if (match.captured() != QLatin1String("\r")) {

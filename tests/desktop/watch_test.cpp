@@ -1,13 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The Ringlet Authors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "desktop/callctl/hostmonitor.h"
+#include "desktop/callctl/watchlines.h"
 #include "hostprogram.h"
 #include "privatebus.h"
+#include "stubhost.h"
 #include "terminal.h"
+#include "waitfor.h"
 
-#include <QtCore/QFile>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QSignalSpy>
 #include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -23,7 +33,7 @@ static std::vector<std::string> texts(const QStringList &strings)
     return result;
 }
 
-class Watch : public testing::Test
+class WatchTest : public testing::Test
 {
 protected:
     void SetUp() override { startHost(); }
@@ -61,7 +71,7 @@ protected:
 
 // --- Lines
 
-class WatchLines : public Watch
+class LinesOfWatch : public WatchTest
 {
 protected:
     void watchHost()
@@ -84,7 +94,7 @@ protected:
     int seen = 0;
 };
 
-TEST_F(WatchLines, BeginWithAllThereIsAndThenReady)
+TEST_F(LinesOfWatch, BeginWithAllThereIsAndThenReady)
 {
     addCall("c1", ", 'Status': <5>, 'Incoming': <true>, 'LineId': <'Anna B'>, 'Uri': <'sip:a'>, 'AppId': <'app'>");
     watchHost();
@@ -101,7 +111,7 @@ TEST_F(WatchLines, BeginWithAllThereIsAndThenReady)
             "host ready"));
 }
 
-TEST_F(WatchLines, FollowACallFromItsBeginningToItsEnd)
+TEST_F(LinesOfWatch, FollowACallFromItsBeginningToItsEnd)
 {
     watchHost();
     addCall("c1", ", 'Status': <3>");
@@ -124,7 +134,7 @@ TEST_F(WatchLines, FollowACallFromItsBeginningToItsEnd)
     EXPECT_THAT(next(1), ElementsAre("call c1 removed"));
 }
 
-TEST_F(WatchLines, FollowTheAudio)
+TEST_F(LinesOfWatch, FollowTheAudio)
 {
     watchHost();
     audio("Audio1.SetMicrophoneMuted", "true");
@@ -140,7 +150,7 @@ TEST_F(WatchLines, FollowTheAudio)
     EXPECT_THAT(next(1), ElementsAre("device \"my ear\" added type=unknown input=no output=yes name=\"x\""));
 }
 
-TEST_F(WatchLines, FollowTheProviders)
+TEST_F(LinesOfWatch, FollowTheProviders)
 {
     watchHost();
     host.plugin(QStringLiteral("AddProvider"), QStringLiteral("'ringlet/:1.7@/a/b'"));
@@ -149,14 +159,14 @@ TEST_F(WatchLines, FollowTheProviders)
     EXPECT_THAT(next(1), ElementsAre("provider fake/1 removed"));
 }
 
-TEST_F(WatchLines, NeverBreakNorActOnATerminalWhateverANameHolds)
+TEST_F(LinesOfWatch, NeverBreakNorActOnATerminalWhateverANameHolds)
 {
     watchHost();
     addCall("c1", ", 'LineId': <'a\\n\\u001b[2J\"b\\\\ \\u009b'>");
     EXPECT_THAT(next(1).front(), HasSubstr("name=\"a\\n\\u001b[2J\\\"b\\\\ \\u009b\" address="));
 }
 
-TEST_F(WatchLines, TellThatTheHostWentAndThatItIsBack)
+TEST_F(LinesOfWatch, TellThatTheHostWentAndThatItIsBack)
 {
     addCall("c1");
     watchHost();
@@ -174,7 +184,7 @@ TEST_F(WatchLines, TellThatTheHostWentAndThatItIsBack)
     EXPECT_TRUE(watch.waitForOutput(QStringLiteral("call c1 added status=incoming"), seen));
 }
 
-TEST_F(WatchLines, EndWithSuccessOnSignal)
+TEST_F(LinesOfWatch, EndWithSuccessOnSignal)
 {
     for (const int number : {SIGINT, SIGTERM}) {
         watchHost();
@@ -182,6 +192,240 @@ TEST_F(WatchLines, EndWithSuccessOnSignal)
         EXPECT_EQ(watch.waitForExit(), 0);
         EXPECT_EQ(text(watch.errorOutput()), "");
     }
+}
+
+// A pipe that holds little and is not read.
+class StuckPipe
+{
+public:
+    StuckPipe() : m_path(m_folder.filePath(QStringLiteral("pipe")))
+    {
+        mkfifo(qPrintable(m_path), 0600);
+        m_descriptor = open(qPrintable(m_path), O_RDWR | O_CLOEXEC);
+        fcntl(m_descriptor, F_SETPIPE_SZ, capacity);
+    }
+    ~StuckPipe() { close(m_descriptor); }
+    StuckPipe(const StuckPipe &) = delete;
+    StuckPipe &operator=(const StuckPipe &) = delete;
+
+    bool waitUntilFull() const
+    {
+        return waitFor([this] {
+            int count = 0;
+            return ioctl(m_descriptor, FIONREAD, &count) == 0 && count == capacity;
+        });
+    }
+
+    QString path() const { return m_path; }
+
+private:
+    static constexpr int capacity = 4096;
+    QTemporaryDir m_folder;
+    QString m_path;
+    int m_descriptor;
+};
+
+TEST_F(LinesOfWatch, EndOnSignalThoughNobodyReadsThem)
+{
+    for (int i = 1; i <= 30; ++i)
+        addCall(qPrintable(QStringLiteral("c%1").arg(i)));
+    for (const int number : {SIGINT, SIGTERM}) {
+        const StuckPipe pipe;
+        ASSERT_TRUE(watch.start(QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"), QStringLiteral("exec \"$0\" watch >\"$1\""), QStringLiteral(CALLCTL), pipe.path()}));
+        ASSERT_TRUE(pipe.waitUntilFull());
+        watch.signal(number);
+        EXPECT_EQ(watch.waitForExit(), 0);
+    }
+}
+
+TEST(WatchWithoutAHost, WaitsForIt)
+{
+    Program watch;
+    ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}));
+    ASSERT_TRUE(watch.waitForError(QStringLiteral("start it with 'voicecalld'; waiting for it")));
+    const StubHost host(StubHost::Mood::Answers);
+    EXPECT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+}
+
+TEST(WatchWithoutAHost, WaitsForOneThatIsSlow)
+{
+    StubHost host(StubHost::Mood::IsSilent);
+    Program watch;
+    ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}));
+    ASSERT_TRUE(watch.waitForError(QStringLiteral("voicecalld is running, but does not answer; waiting for it")));
+    host.setMood(StubHost::Mood::Answers);
+    EXPECT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+}
+
+TEST(WatchWithoutAHost, AsksOneAgainThatRefuses)
+{
+    StubHost host(StubHost::Mood::Refuses);
+    Program watch;
+    ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}));
+    ASSERT_TRUE(watch.waitForError(QStringLiteral("voicecalld does not answer as it should: not now")));
+    host.setMood(StubHost::Mood::Answers);
+    EXPECT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+}
+
+TEST(WatchWithoutAHost, FollowsOneThatGoesBeforeItHasAnswered)
+{
+    auto host = std::make_unique<StubHost>(StubHost::Mood::IsSilent);
+    Program watch;
+    ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}));
+    ASSERT_TRUE(waitFor([&] { return host->questionCount() == 3; }));
+    host.reset();
+    ASSERT_TRUE(watch.waitForError(QStringLiteral("voicecalld has left the bus while it was asked; waiting for it")));
+    const StubHost next(StubHost::Mood::Answers);
+    EXPECT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+}
+
+// --- Providers, as several hosts tell them
+
+class ProvidersOfWatch : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}));
+        ASSERT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+        seen = watch.lines().size();
+    }
+
+    void invalidate()
+    {
+        host.emitSignal(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"),
+            {manager, QVariantMap(), QStringList(QStringLiteral("Providers"))});
+    }
+
+    void tell(const char *member, const QVariantList &arguments)
+    {
+        host.emitSignal(manager, QLatin1String(member), arguments);
+    }
+
+    // The next lines, up to and with one that contains the text.
+    std::vector<std::string> until(const char *last)
+    {
+        EXPECT_TRUE(watch.waitForOutput(QString::fromUtf8(last), seen));
+        const QStringList lines = watch.lines().mid(seen);
+        seen += lines.size();
+        return texts(lines);
+    }
+
+    const QString manager = QStringLiteral("org.tarnwickle.voicecall.Manager1");
+    StubHost host{StubHost::Mood::Answers};
+    Program watch;
+    int seen = 0;
+};
+
+TEST_F(ProvidersOfWatch, AreTakenFromTheSignalsInEitherOrderAndNotAskedFor)
+{
+    tell("ProviderAdded", {QStringLiteral("a"), QStringLiteral("one")});
+    invalidate();
+    EXPECT_THAT(until("provider a"), ElementsAre("provider a added type=one"));
+    invalidate();
+    tell("ProviderAdded", {QStringLiteral("b"), QStringLiteral("two")});
+    EXPECT_THAT(until("provider b"), ElementsAre("provider b added type=two"));
+    invalidate();
+    tell("ProviderRemoved", {QStringLiteral("a")});
+    EXPECT_THAT(until("provider a"), ElementsAre("provider a removed"));
+    EXPECT_EQ(host.questionCount(), 3);
+}
+
+TEST_F(ProvidersOfWatch, AreAskedForWhereAHostSaysNoMoreThanThatTheyChanged)
+{
+    host.providers = QStringList({QStringLiteral("a"), QStringLiteral("b")});
+    invalidate();
+    EXPECT_THAT(until("provider b"), ElementsAre("provider a added type=stub", "provider b added type=stub"));
+    host.providers = QStringList(QStringLiteral("b"));
+    invalidate();
+    EXPECT_THAT(until("provider a"), ElementsAre("provider a removed"));
+    EXPECT_EQ(host.questionCount(), 5);
+}
+
+// 2,000 registrations while it is stopped cost one small signal each, and all of them are told.
+TEST_F(ProvidersOfWatch, AreAllToldByOneThatWasStopped)
+{
+    watch.signal(SIGSTOP);
+    for (int i = 0; i < 2000; ++i)
+        tell("ProviderAdded", {QString::number(i), QStringLiteral("stub")});
+    watch.signal(SIGCONT);
+    EXPECT_EQ(until("provider 1999 added").size(), 2000u);
+    EXPECT_EQ(host.questionCount(), 3);
+}
+
+// --- What it costs
+
+static HostState manyCalls(int count)
+{
+    HostState state;
+    state.isPresent = true;
+    for (int i = 1; i <= count; ++i)
+        state.calls[{HostProgram::call(QStringLiteral("c%1").arg(i))}].properties
+            = {{QStringLiteral("HandlerId"), QStringLiteral("c%1").arg(i)}, {QStringLiteral("Duration"), 0}};
+    return state;
+}
+
+TEST(CostOfWatch, OnlyTheCallThatChangedIsComparedForItsLine)
+{
+    HostState state = manyCalls(1000);
+    WatchLines lines;
+    lines.noteReady(state);
+    lines.take(state);
+    // The other changes are there as well, and would be found if any call but the third were looked at.
+    for (CallInfo &call : state.calls)
+        call.properties[QStringLiteral("Duration")] = 1;
+    lines.noteCall(state, HostProgram::call(QStringLiteral("c3")));
+    EXPECT_EQ(lines.take(state).toStdString(), "call c3 changed duration=1\n");
+}
+
+TEST(CostOfWatch, WhatIsNotReadDoesNotGrowWithoutEnd)
+{
+    HostState state = manyCalls(1);
+    const QString path = state.calls.firstKey().path;
+    WatchLines lines;
+    lines.noteReady(state);
+    lines.take(state);
+    for (int i = 1; i <= 100000; ++i) {
+        state.calls.first().properties[QStringLiteral("Duration")] = i;
+        lines.noteCall(state, path);
+    }
+    const QByteArray bytes = lines.take(state);
+    EXPECT_LT(bytes.size(), 70000);
+    EXPECT_TRUE(bytes.endsWith("\ncall c1 changed duration=100000\n"));
+}
+
+TEST(CostOfWatch, AHostThatWentAndCameBackUnreadIsToldToHaveGone)
+{
+    HostState state = manyCalls(2000);
+    WatchLines lines;
+    lines.noteReady(state);
+    lines.noteGone();
+    state = manyCalls(1);
+    lines.noteReady(state);
+    const QByteArray first = lines.take(state);
+    const QByteArray all = first + lines.take(state) + lines.take(state);
+    EXPECT_EQ(all.count(" added"), 2001);
+    EXPECT_EQ(all.count(" removed"), 2000);
+    EXPECT_EQ(all.count("host gone\n"), 1);
+    EXPECT_TRUE(all.endsWith("host ready\n"));
+}
+
+TEST_F(WatchTest, OneMessageOfTheHostIsOneChangeOfOneCall)
+{
+    for (int i = 1; i <= 20; ++i)
+        addCall(qPrintable(QStringLiteral("c%1").arg(i)));
+    HostMonitor monitor(QDBusConnection::sessionBus());
+    QSignalSpy ready(&monitor, &HostMonitor::ready);
+    QSignalSpy changes(&monitor, &HostMonitor::callChanged);
+    monitor.start();
+    ASSERT_TRUE(waitFor([&] { return !ready.isEmpty(); }));
+    changeCall("c7", "'Duration': <1>");
+    changeCall("c8", "'Duration': <1>");
+    ASSERT_TRUE(waitFor([&] { return changes.size() >= 2; }));
+    EXPECT_EQ(text(changes.at(0).at(0).toString()), text(HostProgram::call(QStringLiteral("c7"))));
+    EXPECT_EQ(text(changes.at(1).at(0).toString()), text(HostProgram::call(QStringLiteral("c8"))));
+    EXPECT_EQ(changes.size(), 2);
 }
 
 TEST(WatchWithoutABus, EndsWithAnErrorWhenTheBusGoes)
@@ -195,6 +439,7 @@ TEST(WatchWithoutABus, EndsWithAnErrorWhenTheBusGoes)
     Program watch;
     ASSERT_TRUE(watch.start(QStringLiteral(CALLCTL), {QStringLiteral("watch")}, environment));
     ASSERT_TRUE(watch.waitForOutput(QStringLiteral("host ready")));
+    host.setMayEnd();
     bus.daemon().signal(SIGKILL);
     EXPECT_EQ(watch.waitForExit(), 3);
     EXPECT_EQ(text(watch.errorOutput()), "callctl: the session bus is gone\n");
@@ -202,7 +447,7 @@ TEST(WatchWithoutABus, EndsWithAnErrorWhenTheBusGoes)
 
 // --- Screen
 
-class WatchScreen : public Watch
+class ScreenOfWatch : public WatchTest
 {
 protected:
     static void expectScreen(Terminal &terminal, const QStringList &lines)
@@ -213,7 +458,7 @@ protected:
     const QString audioLine = QStringLiteral("Audio: input microphone, output earpiece, microphone open");
 };
 
-TEST_F(WatchScreen, KeepsOneTableUpToDateInItsPlace)
+TEST_F(ScreenOfWatch, KeepsOneTableUpToDateInItsPlace)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
     expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
@@ -234,7 +479,7 @@ TEST_F(WatchScreen, KeepsOneTableUpToDateInItsPlace)
     EXPECT_EQ(terminal.waitForExit(), 0);
 }
 
-TEST_F(WatchScreen, CutsLongTextsToTheTerminalAndFollowsItsSize)
+TEST_F(ScreenOfWatch, CutsLongTextsToTheTerminalAndFollowsItsSize)
 {
     addCall("c1", ", 'Status': <1>, 'LineId': <'A very long name indeed'>, 'Uri': <'sip:short'>");
     Terminal terminal(CALLCTL, "watch", 68, 24);
@@ -247,7 +492,7 @@ TEST_F(WatchScreen, CutsLongTextsToTheTerminalAndFollowsItsSize)
             QStringLiteral("c1  active  outgoing   A very long name indeed  sip:short               0:00"), audioLine});
 }
 
-TEST_F(WatchScreen, LeavesOutWhatDoesNotFitInHeight)
+TEST_F(ScreenOfWatch, LeavesOutWhatDoesNotFitInHeight)
 {
     for (const char *id : {"c1", "c2", "c3", "c4"})
         addCall(id);
@@ -259,7 +504,39 @@ TEST_F(WatchScreen, LeavesOutWhatDoesNotFitInHeight)
             audioLine});
 }
 
-TEST_F(WatchScreen, SaysThatTheHostIsGoneAndShowsItAgain)
+TEST_F(ScreenOfWatch, WritesWhatIsSeenToChangeAndNoMore)
+{
+    for (int i = 1; i <= 30; ++i)
+        addCall(qPrintable(QStringLiteral("c%1").arg(i)), ", 'LineId': <'Somebody'>");
+    Terminal terminal(CALLCTL, "watch", 100, 24);
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("microphone open"); }));
+    const int before = terminal.raw().size();
+    // One below the screen first: it writes nothing.
+    changeCall("c30", "'Duration': <77>");
+    changeCall("c5", "'Duration': <61>");
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("1:01"); }));
+    audio("Audio1.SetMicrophoneMuted", "true");
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("microphone muted"); }));
+    const QByteArray written = terminal.raw().mid(before);
+    EXPECT_EQ(written.count("Somebody"), 1) << written.toStdString();
+    EXPECT_EQ(written.count("\033[2K"), 2) << written.toStdString();
+}
+
+TEST_F(ScreenOfWatch, DrawsAtMostTenTimesASecond)
+{
+    addCall("c1");
+    Terminal terminal(CALLCTL, "watch", 100, 24);
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("microphone open"); }));
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 1; i <= 200; ++i)
+        changeCall("c1", qPrintable(QStringLiteral("'Duration': <%1>").arg(i)));
+    ASSERT_TRUE(waitFor([&] { return terminal.raw().contains("3:20"); }));
+    // Each table that is drawn begins with going up; one more at the beginning and at the end.
+    EXPECT_LE(terminal.raw().count("\033[3A"), clock.elapsed() / 100 + 2);
+}
+
+TEST_F(ScreenOfWatch, SaysThatTheHostIsGoneAndShowsItAgain)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
     expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
@@ -269,7 +546,7 @@ TEST_F(WatchScreen, SaysThatTheHostIsGoneAndShowsItAgain)
     expectScreen(terminal, {QStringLiteral("No calls."), audioLine});
 }
 
-TEST_F(WatchScreen, ANameCannotSendSequencesToTheTerminal)
+TEST_F(ScreenOfWatch, ANameCannotSendSequencesToTheTerminal)
 {
     Terminal terminal(CALLCTL, "watch", 100, 24);
     expectScreen(terminal, {QStringLiteral("No calls."), audioLine});

@@ -12,6 +12,7 @@
 #include <QtDBus/QDBusReply>
 #include <QtDBus/QDBusVariant>
 #include <csignal>
+#include <gtest/gtest.h>
 
 static const QString rootPath = QStringLiteral("/org/tarnwickle/voicecall");
 static const QString callPath = rootPath + QStringLiteral("/calls/");
@@ -34,6 +35,7 @@ QString DesktopHost::name() { return QStringLiteral("org.tarnwickle.voicecall");
 
 bool DesktopHost::start(const QStringList &options)
 {
+    m_program.setMustStay();
     return m_program.start(QStringLiteral(VOICECALLD),
                QStringList{QStringLiteral("--plugin"), QStringLiteral(RINGLET_PLUGIN)} + options)
         && m_program.waitForOutput(QStringLiteral("voicecalld: ready")) && waitFor(isOwned);
@@ -57,8 +59,11 @@ QMap<QString, QVariantMap> DesktopHost::calls() const
     const QDBusMessage reply = request(
         rootPath, QStringLiteral("org.freedesktop.DBus.ObjectManager"), QStringLiteral("GetManagedObjects"), {});
     QMap<QString, QVariantMap> calls;
-    if (reply.signature() != QLatin1String("a{oa{sa{sv}}}"))
+    // No answer is no empty table.
+    if (reply.signature() != QLatin1String("a{oa{sa{sv}}}")) {
+        ADD_FAILURE() << "the host's calls: " << reply.errorMessage().toStdString();
         return calls;
+    }
     const QDBusArgument objects = reply.arguments().constFirst().value<QDBusArgument>();
     objects.beginMap();
     while (!objects.atEnd()) {
@@ -142,8 +147,10 @@ QStringList DesktopHost::providers() const
 {
     const QVariant value = property(QStringLiteral("Manager1"), QStringLiteral("Providers"));
     QStringList providers;
-    if (value.userType() != qMetaTypeId<QDBusArgument>())
+    if (value.userType() != qMetaTypeId<QDBusArgument>()) {
+        ADD_FAILURE() << "the host does not tell its providers";
         return providers;
+    }
     const QDBusArgument list = value.value<QDBusArgument>();
     list.beginArray();
     while (!list.atEnd()) {

@@ -6,6 +6,9 @@
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtDBus/QDBusArgument>
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -26,8 +29,8 @@ struct Example
 
     QStringList options(const QString &address, const QString &callerName) const
     {
-        return {isSimulator() ? QStringLiteral("--incoming") : QStringLiteral("--address"), address,
-            QStringLiteral("--name"), callerName};
+        return isSimulator() ? QStringList{"--incoming", address, "--name", callerName}
+                             : QStringList{address, callerName};
     }
 
     QString manager() const
@@ -37,8 +40,8 @@ struct Example
 
     QString callPath() const { return manager() + QStringLiteral("/call1"); }
 
-    /** What is typed for the far end to hang up. */
-    QString hangUp() const { return isSimulator() ? QStringLiteral("hangup call1") : QStringLiteral("hangup"); }
+    /** In some languages a dictionary is in another order in every run. */
+    bool ordersByChance() const { return QStringList{"perl", "go", "rust"}.contains(name); }
 
     /** The name of its tests. */
     std::string testName() const { return QString(name).remove(QLatin1Char('-')).toStdString(); }
@@ -46,9 +49,14 @@ struct Example
 
 inline void PrintTo(const Example &example, std::ostream *stream) { *stream << example.name.toStdString(); }
 
+/** Those that are built with the tree, or, if RINGLET_EXAMPLES in the environment names any, those. */
 inline std::vector<Example> examples()
 {
-    return {{"qt"}, {"glib"}, {"sd-bus"}, {"sdbus-cpp"}, {"libdbus"}, {"dasbus"}, {"node"}};
+    const QString all = QStringLiteral("qt glib sd-bus sdbus-cpp libdbus dasbus gjs perl");
+    std::vector<Example> examples;
+    for (const QString &name : qEnvironmentVariable("RINGLET_EXAMPLES", all).split(QLatin1Char(' ')))
+        examples.push_back({name});
+    return examples;
 }
 
 inline std::vector<Example> simulatorAndExamples()
@@ -56,6 +64,19 @@ inline std::vector<Example> simulatorAndExamples()
     std::vector<Example> all = examples();
     all.insert(all.begin(), {"simulator"});
     return all;
+}
+
+/** Unique name of the only application that is registered with the host. */
+inline QString registeredApplication(const QString &hostName)
+{
+    const QDBusMessage request = QDBusMessage::createMethodCall(hostName, QStringLiteral("/zelkovar/call/service"),
+        QStringLiteral("zelkovar.Call.ServiceManager1"), QStringLiteral("ListCallManagers"));
+    const auto list = QDBusConnection::sessionBus().call(request).arguments().value(0).value<QDBusArgument>();
+    QString application;
+    list.beginArray();
+    list.beginStructure();
+    list >> application;
+    return application;
 }
 
 #endif

@@ -10,6 +10,7 @@
 #include "program.h"
 #include "waitfor.h"
 
+#include <QtDBus/QDBusConnectionInterface>
 #include <csignal>
 #include <gmock/gmock.h>
 
@@ -35,7 +36,7 @@ protected:
     {
         ASSERT_TRUE(host.takeName());
         ASSERT_TRUE(start());
-        ASSERT_TRUE(application.waitForOutput("call1 shown 3 incoming"));
+        ASSERT_TRUE(waitFor([&] { return !host.calls().isEmpty(); })); // and it has told so
         ASSERT_TRUE(settle());
         host.forgetWire();
     }
@@ -76,7 +77,8 @@ TEST_P(SafeOrder, ReportsTheCallOnceAndAnnouncesNoneDuringTheRegistration)
 
     host.forgetWire();
     host.answerRegistrations();
-    ASSERT_TRUE(application.waitForOutput("call1 shown 3 incoming"));
+    ASSERT_TRUE(waitFor([&] { return !host.calls().isEmpty(); }));
+    ASSERT_TRUE(settle());
     EXPECT_EQ(host.wire(), existed ? QStringList() : QStringList("InterfacesAdded " + path + " 3"));
 }
 
@@ -91,8 +93,6 @@ TEST_P(SafeOrder, SendsTheStatusAgainWhenTheHostShowsAnOlderOne)
     host.forgetWire();
 
     host.broadcast(path, reported());
-    EXPECT_TRUE(application.waitForOutput("call1 shown 3 incoming"));
-    EXPECT_TRUE(application.waitForOutput("call1 status 5 active again"));
     ASSERT_TRUE(settle());
     EXPECT_THAT(host.wire(), ElementsAre(changed.arg(5)));
 }
@@ -106,19 +106,21 @@ TEST_P(SafeOrder, HeedsNoBroadcastButTheHostsOwnOfThisCall)
     host.forgetWire();
 
     FakeHost stranger;
-    stranger.broadcast(path, before, host.application());
+    stranger.setApplication(host.application());
+    stranger.broadcast(path, before);
+    ASSERT_TRUE(stranger.settle(manager));
     host.broadcast(path, before, ":1.9999");
     host.broadcast(path + "0", before);
     host.broadcast(path, {{"zelkovar.Call.DTMF1", {}}});
-    host.broadcast(path, {{callInterface, {{"Status", "3"}}}});
     InterfaceMap current = before;
     current[callInterface].insert("Status", 5u);
     host.broadcast(path, current);
-    // The last one counts, and comes behind all the others.
-    ASSERT_TRUE(application.waitForOutput("call1 shown 5 active"));
     ASSERT_TRUE(settle());
     EXPECT_THAT(host.wire(), IsEmpty());
-    EXPECT_EQ(application.lines().filter("call1 shown").size(), 2);
+
+    host.broadcast(path, before);
+    ASSERT_TRUE(settle());
+    EXPECT_THAT(host.wire(), ElementsAre(changed.arg(5)));
 }
 
 TEST_P(SafeOrder, SendsNothingWhenNothingHasChanged)
@@ -146,10 +148,10 @@ TEST_P(SafeOrder, SendsTheFinalStatusBeforeTheInterfacesGo)
     EXPECT_TRUE(host.managedObjects(manager).isEmpty());
 }
 
-TEST_P(SafeOrder, DoesTheSameWhenItIsStopped)
+TEST_P(SafeOrder, DoesTheSameWhenItIsInterrupted)
 {
     bringUp();
-    application.signal(SIGTERM);
+    application.signal(SIGINT);
     EXPECT_EQ(application.waitForExit(), 0);
     ASSERT_TRUE(host.waitForWire(removed));
     EXPECT_THAT(host.wire(), ElementsAre(changed.arg(1), StartsWithText(removed)));
@@ -162,37 +164,46 @@ TEST_P(SafeOrder, RegistersWithEveryHostThatTakesTheNameAndAnnouncesTheCallOnce)
     host.dropName();
     FakeHost next;
     ASSERT_TRUE(next.takeName());
-    ASSERT_TRUE(application.waitForOutput("call1 shown 5 active"));
+    ASSERT_TRUE(next.waitForWire("GetManagedObjects " + manager));
     ASSERT_TRUE(next.settle(manager));
     EXPECT_THAT(next.wire().mid(next.wire().indexOf("RegisterCallManager " + manager)),
         ElementsAre("RegisterCallManager " + manager, QStringLiteral("GetManagedObjects %1: %2=5").arg(manager, path)));
 }
 
-TEST_P(SafeOrder, SaysThatTheHostRefusedAndStays)
+TEST_P(SafeOrder, TriesTheNextHostWhenOneRefuses)
 {
     host.refuseWith("org.example.Error.NotToday");
     ASSERT_TRUE(host.takeName());
     ASSERT_TRUE(start());
-    EXPECT_TRUE(application.waitForOutput("refused " + manager + " org.example.Error.NotToday \"not \\\"today\\\"\""))
-        << application.lines().join('\n').toStdString();
-    EXPECT_TRUE(application.isRunning());
+    ASSERT_TRUE(host.waitForWire("RegisterCallManager " + manager));
+    ASSERT_TRUE(settle());
+    host.dropName();
+    FakeHost next;
+    ASSERT_TRUE(next.takeName());
+    EXPECT_TRUE(waitFor([&] { return next.calls().contains(QDBusObjectPath(path)); }));
 }
 
 TEST_P(SafeOrder, EndsWithAnErrorWithoutASessionBus)
 {
     ASSERT_TRUE(start({"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent"}));
-    EXPECT_EQ(application.waitForExit(), 3);
+    EXPECT_NE(application.waitForExit(), 0);
+    EXPECT_FALSE(application.isRunning());
     EXPECT_FALSE(application.errorOutput().isEmpty());
 }
 
 TEST_P(SafeOrder, EndsWithAnErrorWhenTheSessionBusGoes)
 {
     PrivateBus bus;
-    ASSERT_TRUE(start({"DBUS_SESSION_BUS_ADDRESS=" + QString::fromUtf8(bus.address())}));
-    ASSERT_TRUE(application.waitForOutput("waiting for host"));
+    const QString address = QString::fromUtf8(bus.address());
+    ASSERT_TRUE(start({"DBUS_SESSION_BUS_ADDRESS=" + address}));
+    const QDBusConnection observer = QDBusConnection::connectToBus(address, "observer");
+    EXPECT_TRUE(waitFor([&] {
+        return observer.interface()->registeredServiceNames().value().filter(QStringLiteral(":1.")).size() > 1;
+    }));
+    QDBusConnection::disconnectFromBus("observer");
     bus.daemon().signal(SIGKILL);
-    EXPECT_EQ(application.waitForExit(), 3);
-    EXPECT_TRUE(application.errorOutput().contains("the session bus has gone"));
+    EXPECT_NE(application.waitForExit(), 0);
+    EXPECT_FALSE(application.isRunning());
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -32,11 +32,3 @@ TEST_F(AdvisedBusCell, DescriptorsDoNotReachTheHost)
     expectThrownOut();
     honest.makeCall();
 }
-
-TEST_F(AdvisedBusCell, LargeMessagesDoNotReachTheHost)
-{
-    ASSERT_NO_FATAL_FAILURE(bringUpFaulty());
-    faulty.type("flood mebibytes 1");
-    expectThrownOut();
-    honest.makeCall();
-}

@@ -3,6 +3,7 @@
 
 #include "faultcell.h"
 
+#include "busmain.h"
 #include "patience.h"
 #include "printers.h"
 #include "processfacts.h"
@@ -20,7 +21,7 @@ void FaultCell::SetUp()
 {
     // The plug-in's lines for people: read by nobody here, they would block the host when the pipe is full.
     qputenv("QT_LOGGING_RULES", "default.info=false\ndefault.debug=false");
-    ASSERT_TRUE(host.start()) << host.program().errorOutput();
+    ASSERT_TRUE(host.start(optionsOnBus() + hostOptions)) << host.program().errorOutput();
     ASSERT_NO_FATAL_FAILURE(honest.bringUp());
     ASSERT_NO_FATAL_FAILURE(honest.makeCall());
     ASSERT_NO_FATAL_FAILURE(honest.exchange());

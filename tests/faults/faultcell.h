@@ -18,7 +18,7 @@
  * The honest application makes a call before the test begins. When the test has done its worst, the faulty
  * application is killed, unless it is gone already, and all has to be as before: its calls and providers are
  * gone, the honest application makes a further call and ends the one that lasted, the host has given back
- * descriptors and memory, and it ends cleanly. What was measured is printed in one line for scripts/faults.
+ * descriptors and memory, and it ends cleanly. What was measured is printed in one line for scripts/check faults.
  *
  * Under sanitizers the size of the host says nothing, as freed memory is kept back to find its uses. It is
  * printed and not judged; the leak checker looks at the host when it ends, and a leak fails the cell.
@@ -76,7 +76,7 @@ protected:
     /** Prints "p50 and worst latency so far" of the exchanges, and forgets their times. */
     void noteLatencies(const QString &during);
 
-    /** Prints a line that scripts/faults shows below the cell. */
+    /** Prints a line that scripts/check faults shows below the cell. */
     void note(const QString &text) const;
 
     /** The host is expected to be gone at the end; nothing is judged of it. */
@@ -85,6 +85,8 @@ protected:
     /** How much larger than before the host may be at the end, in KiB. */
     int memoryBound = 4096;
 
+    /** Further options of the host, set before it is started. */
+    QStringList hostOptions;
     DesktopHost host;
     Program faulty;
     HonestApplication honest;

@@ -3,6 +3,7 @@
 
 #include "faultyapplication.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <map>
@@ -144,7 +145,8 @@ void FaultyApplication::obey(const std::string &line)
     std::string command;
     std::string first;
     unsigned number = 0;
-    words >> command >> first >> number;
+    std::size_t size = 0;
+    words >> command >> first >> number >> size;
 
     const std::map<std::string, std::function<void()>> commands = {
         {"register", [&] { registerAt(first); }},
@@ -156,7 +158,8 @@ void FaultyApplication::obey(const std::string &line)
         {"commands", [&] { m_commandsHow = first; }},
         {"release", [&] { release(); }},
         {"unsolicited", [&] { sendUnsolicited(); }},
-        {"flood", [&] { flood(first, int(number)); }},
+        {"flood", [&] { flood(first, int(number), size); }},
+        {"large", [&] { sendLarge(first, number); }},
         {"descriptors", [&] { sendDescriptors(std::stoi(first)); }},
         {"stop", [] { raise(SIGSTOP); }},
         {"die", [] { raise(SIGKILL); }},
@@ -304,14 +307,64 @@ void FaultyApplication::registerAt(const std::string &path)
     m_registration = send(Message(registration(path)));
 }
 
+static DBusMessage *announcement(
+    const std::string &path, const std::string &address, dbus_uint32_t status, std::size_t padding)
+{
+    DBusMessage *signal = dbus_message_new_signal(managerPath, objectManager, "InterfacesAdded");
+    DBusMessageIter body;
+    dbus_message_iter_init_append(signal, &body);
+    appendText(&body, DBUS_TYPE_OBJECT_PATH, path);
+    appendInterfaces(&body, address, status, padding);
+    return signal;
+}
+
 void FaultyApplication::announce(const std::string &path, dbus_uint32_t status, std::size_t padding)
 {
-    const Message signal(dbus_message_new_signal(managerPath, objectManager, "InterfacesAdded"));
+    send(Message(announcement(path, path, status, padding)));
+}
+
+static DBusMessage *bogusCall(std::size_t padding)
+{
+    DBusMessage *call = serviceCall("Bogus");
     DBusMessageIter body;
-    dbus_message_iter_init_append(signal.get(), &body);
-    appendText(&body, DBUS_TYPE_OBJECT_PATH, path);
-    appendInterfaces(&body, path, status, padding);
-    send(signal);
+    dbus_message_iter_init_append(call, &body);
+    appendText(&body, DBUS_TYPE_STRING, std::string(padding, 'x'));
+    return call;
+}
+
+static std::string longPath(std::size_t length, int number = 0)
+{
+    return "/bad/" + std::to_string(number) + '/' + std::string(length, 'x');
+}
+
+static std::size_t sizeOf(DBusMessage *message)
+{
+    char *bytes = nullptr;
+    int size = 0;
+    dbus_message_marshal(message, &bytes, &size);
+    dbus_free(bytes);
+    return std::size_t(size);
+}
+
+void FaultyApplication::sendLarge(const std::string &kind, std::size_t size)
+{
+    const std::map<std::string, std::function<DBusMessage *(std::size_t)>> kinds = {
+        {"announcement",
+            [](std::size_t padding) {
+                // An array, other than a message, has no room for more.
+                const std::size_t name = std::min(padding, 60 * mebibyte);
+                return announcement("/bad/" + std::string(padding - name + 1, 'x'), "large", 3, name);
+            }},
+        {"call", bogusCall},
+        {"registration", [](std::size_t padding) { return registration(longPath(padding)); }},
+    };
+    const auto make = kinds.at(kind);
+    std::size_t padding = size - sizeOf(Message(make(1)).get());
+    Message message(make(padding));
+    // Parts are filled up to multiples of eight bytes.
+    while (sizeOf(message.get()) > size)
+        message.reset(make(--padding));
+    send(message);
 }
 
 void FaultyApplication::withdraw(const std::string &path)
@@ -366,7 +419,15 @@ void FaultyApplication::requestMute(bool mute)
     send(signal);
 }
 
-std::function<void(int)> FaultyApplication::floodOf(const std::string &kind)
+void FaultyApplication::requestRoute(const std::string &device)
+{
+    const Message signal(dbus_message_new_signal(callPath, audioInterface, "RequestAudioRoute"));
+    const char *text = device.c_str();
+    dbus_message_append_args(signal.get(), DBUS_TYPE_STRING, &text, DBUS_TYPE_STRING, &text, DBUS_TYPE_INVALID);
+    send(signal);
+}
+
+std::function<void(int)> FaultyApplication::floodOf(const std::string &kind, std::size_t size)
 {
     const auto await = [this](DBusMessage *call) { m_unanswered.insert(send(Message(call))); };
     const auto flooded = [](int number) { return "/bad/flood" + std::to_string(number); };
@@ -383,13 +444,16 @@ std::function<void(int)> FaultyApplication::floodOf(const std::string &kind)
         {"bogus", [=](int number) { await(serviceCall(("Bogus" + std::to_string(number)).c_str())); }},
         {"mebibytes", [=](int) { announce(callPath, 3, mebibyte); }},
         {"mutes", [=](int number) { requestMute(number % 2 == 0); }},
+        {"paths", [=](int number) { await(registration(longPath(size, number))); }},
+        {"names", [=](int number) { announce(flooded(number), 3, size); }},
+        {"routes", [=](int) { requestRoute(std::string(size, 'x')); }},
     };
     return kinds.at(kind);
 }
 
-void FaultyApplication::flood(const std::string &kind, int count)
+void FaultyApplication::flood(const std::string &kind, int count, std::size_t size)
 {
-    const std::function<void(int)> sendOne = floodOf(kind);
+    const std::function<void(int)> sendOne = floodOf(kind, size);
     m_isFlooding = true;
     for (int number = 0; number < count; ++number) {
         sendOne(number);

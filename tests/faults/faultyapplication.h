@@ -27,9 +27,12 @@
  *     release                answers what was held
  *     unsolicited            replies that nobody has asked for
  *     descriptors COUNT      InterfacesAdded with so many file descriptors
- *     flood KIND COUNT       prints "flooded KIND" when all is sent, "answered" when all replies are there;
+ *     large KIND SIZE        one message of as many bytes as fit into SIZE; kinds: announcement, call,
+ *                            registration
+ *     flood KIND COUNT SIZE  prints "flooded KIND" when all is sent, "answered" when all replies are there;
  *                            kinds: status, announcements (and withdrawals), calls, registrations,
- *                            duplicates, bogus, mebibytes, mutes
+ *                            duplicates, bogus, mebibytes, mutes; with texts of SIZE bytes: paths (that are
+ *                            registered), names (of calls), routes (that are asked for)
  *     stop, die              SIGSTOP, SIGKILL to itself
  *
  * Everything is flushed before the next command is read. "connected", "asked" (for GetManagedObjects) and
@@ -67,13 +70,15 @@ private:
 
     void registerAt(const std::string &path);
     void announce(const std::string &path, dbus_uint32_t status, std::size_t padding = 0);
+    void sendLarge(const std::string &kind, std::size_t size);
     void withdraw(const std::string &path);
     void changeStatus(const std::string &path, dbus_uint32_t status);
     void release();
     void sendUnsolicited();
-    void flood(const std::string &kind, int count);
+    void flood(const std::string &kind, int count, std::size_t size);
     /** Sends the message of a flood with the given number. */
-    std::function<void(int)> floodOf(const std::string &kind);
+    std::function<void(int)> floodOf(const std::string &kind, std::size_t size);
+    void requestRoute(const std::string &device);
     void requestMute(bool mute);
     void sendDescriptors(int count);
 

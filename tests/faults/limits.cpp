@@ -21,7 +21,13 @@ constexpr int longPatience = 1800000;
 class LimitCell : public FaultCell
 {
 protected:
-    LimitCell() : FaultCell(longPatience) { memoryBound = 256 * 1024; }
+    LimitCell() : FaultCell(longPatience)
+    {
+        memoryBound = 256 * 1024;
+        // How things get worse with their number: with all of them shown.
+        for (const char *bound : {"calls", "calls-each", "providers", "providers-each"})
+            hostOptions += {QStringLiteral("--most-%1").arg(bound), "0"};
+    }
 
     /** One flood from its beginning to the departure of its application, and what it costs the honest call. */
     void measureFlood(const QString &kind, int count)

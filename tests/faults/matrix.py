@@ -5,6 +5,7 @@
 
 import argparse
 import dataclasses
+import datetime
 import os
 import pathlib
 import re
@@ -13,10 +14,23 @@ import subprocess
 import sys
 import time
 
-FAST = ["departures", "replies", "floods", "busfaults", "lostbus", "advice", "scarce"]
+FAST = ["departures", "replies", "floods", "busfaults", "lostbus", "advice", "scarce", "sizes", "sizes_advised",
+        "sizes_narrow"]
 LONG = ["faults_long", "faults_long_advised"]
 FAST_LIMIT_S = 60
 LONG_LIMIT_S = 3600
+
+# What the cells of each program are, for the summary.
+GROUPS = {
+    "departures": "killed, stopped and killed, stopped and continued, at 15 steps of a call",
+    "replies": "requests and commands answered never, with an error, with a wrong type, twice, late, after the call "
+               "was removed, unasked",
+    "floods": "floods of eight kinds, and two of them by one application after the other",
+    "busfaults": "daemon stopped for 5 s, descriptors, host killed with ten applications up, service path taken",
+    "lostbus": "daemon killed",
+    "advice": "on a bus with the advised limits",
+    "scarce": "on a bus with 300 match rules and 300 pending replies",
+}
 
 RESULT = re.compile(r"^fault-cell: gone=(\S+) latency=(\S+) memory=(\d+):(\d+):(\d+) descriptors=(\d+):(\d+)$",
                     re.MULTILINE)
@@ -33,7 +47,7 @@ class Cell:
     @property
     def name(self):
         # What the parameters were instantiated for says nothing that the rest does not.
-        bus = " (advised bus)" if self.program.name.endswith("_advised") else ""
+        bus = next((f" ({name} bus)" for name in ["advised", "narrow"] if f"_{name}" in self.program.name), "")
         return re.sub(r"^(Application|Answers|Of)/", "", self.test) + bus
 
 
@@ -88,11 +102,27 @@ def markdown(fields):
     return "| " + " | ".join(fields) + " |\n"
 
 
+def summary(rows):
+    """A line for each group of cells, of (program, output) of each."""
+    yield markdown(["fault", "cells", "calls gone after the application's death", "worst latency of the honest call",
+                    "host grown by at most"])
+    yield markdown(["---"] * 5)
+    for name, what in GROUPS.items():
+        found = [RESULT.search(output) for program, output in rows if program == f"faults_{name}_test"]
+        facts = [match.groups() for match in found if match]
+        gone = [int(fact[0]) for fact in facts if int(fact[0]) >= 0]
+        yield markdown([what, str(len(found)), f"{min(gone)} to {max(gone)} ms" if gone else "",
+                        f"{max(float(fact[1]) for fact in facts):.0f} ms" if facts else "",
+                        f"{max(int(fact[3]) - int(fact[2]) for fact in facts):,} KiB" if facts else ""])
+    yield f"\nOn {datetime.date.today()}, at a load average of {os.getloadavg()[0]:.1f} on {os.cpu_count()} processors.\n"
+
+
 def options():
-    parser = argparse.ArgumentParser(prog="scripts/faults")
+    parser = argparse.ArgumentParser(prog="scripts/check faults")
     parser.add_argument("--only", metavar="PATTERN", default="")
     parser.add_argument("--long", action="store_true")
     parser.add_argument("--report", metavar="FILE", type=argparse.FileType("w"))
+    parser.add_argument("--summary", metavar="FILE", type=argparse.FileType("w"))
     parser.add_argument("directory", type=pathlib.Path)
     return parser.parse_args()
 
@@ -102,16 +132,18 @@ def main():
     wanted = re.compile(chosen.only)
     cells = [cell for cell in all_cells(chosen.directory, chosen.long) if wanted.search(cell.name)]
     if not cells:
-        sys.exit(f"scripts/faults: no cell's name matches '{chosen.only}'")
+        sys.exit(f"scripts/check faults: no cell's name matches '{chosen.only}'")
     width = max(len(cell.name) for cell in cells)
     report = chosen.report or open(os.devnull, "w")  # pylint: disable=consider-using-with
     report.write(markdown(HEADINGS) + markdown(["---"] * len(HEADINGS)))
     notes = []
+    done = []
     failed = 0
 
     for cell in cells:
         passed, output, seconds = run(cell)
         fields = row(cell, passed, output, seconds)
+        done.append((cell.program.name, output))
         print(f"{fields[0]:{width}}  " + "  ".join(f"{field:>{size}}" for field, size in
                                                    zip(fields[1:], [6, 9, 11, 19, 11, 8, 7])), flush=True)
         report.write(markdown(fields))
@@ -123,6 +155,8 @@ def main():
             print("    " + output.replace("\n", "\n    "), flush=True)
         report.flush()
     report.write("\n" + "".join(notes))
+    if chosen.summary:
+        chosen.summary.writelines(summary(done))
     print(f"{len(cells)} cells, {failed} failed")
     sys.exit(1 if failed else 0)
 

@@ -36,35 +36,16 @@ QVariantList argumentsOf(const CallStep &call, const HostStep &step)
 
 std::string BusStage::hostName() const { return DesktopHost::name().toStdString(); }
 
-DBusConnection *BusStage::connection(int application)
-{
-    Connection &connection = m_connections[application];
-    if (!connection) {
-        connection.reset(dbus_connection_open_private(m_address.c_str(), nullptr));
-        if (!connection || !dbus_bus_register(connection.get(), nullptr))
-            reportFinding("nobody can connect to the bus any more");
-        dbus_connection_set_exit_on_disconnect(connection.get(), FALSE);
-    }
-    return connection.get();
-}
+Peer &BusStage::peer(int application) { return m_applications.try_emplace(application, m_address).first->second; }
 
-std::string BusStage::name(int application) { return dbus_bus_get_unique_name(connection(application)); }
+std::string BusStage::name(int application) { return peer(application).name(); }
 
-void BusStage::send(int application, Message message)
-{
-    DBusConnection *sender = connection(application);
-    if (!dbus_connection_get_is_connected(sender))
-        return;
-    dbus_connection_send(sender, message.get(), nullptr);
-    dbus_connection_flush(sender);
-}
+void BusStage::send(int application, Message message) { peer(application).send(std::move(message)); }
 
 Message BusStage::takeRequest(int application)
 {
     settle();
-    DBusConnection *receiver = connection(application);
-    dbus_connection_read_write(receiver, 0);
-    while (Message message{dbus_connection_pop_message(receiver)}) {
+    while (Message message = peer(application).take()) {
         if (dbus_message_has_member(message.get(), "GetManagedObjects"))
             return message;
     }

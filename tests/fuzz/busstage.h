@@ -5,19 +5,10 @@
 #define TESTS_BUSSTAGE_H
 
 #include "desktophost.h"
+#include "peer.h"
 #include "stage.h"
 
 #include <map>
-#include <memory>
-
-struct ConnectionClose
-{
-    void operator()(DBusConnection *connection) const
-    {
-        dbus_connection_close(connection);
-        dbus_connection_unref(connection);
-    }
-};
 
 /**
  * A real bus with the desktop host on it. Every application has a connection of its own, which the bus ends
@@ -38,24 +29,22 @@ public:
     std::string name(int application) override;
     void send(int application, Message message) override;
     Message takeRequest(int application) override;
-    void leave(int application) override { m_connections.erase(application); }
+    void leave(int application) override { m_applications.erase(application); }
     void settle() override;
     void act(const HostStep &step) override;
     void announceOwner(const std::string &, const std::string &, const std::string &) override { }
     void distort(Query, Answer) override { }
 
-    void everybodyLeaves() { m_connections.clear(); }
+    void everybodyLeaves() { m_applications.clear(); }
 
 private:
-    using Connection = std::unique_ptr<DBusConnection, ConnectionClose>;
-
-    DBusConnection *connection(int application);
+    Peer &peer(int application);
     void command(unsigned target, const char *method, const QVariantList &arguments);
 
     const std::string m_address;
     DesktopHost &m_host;
     const QString m_spared;
-    std::map<int, Connection> m_connections;
+    std::map<int, Peer> m_applications;
 };
 
 #endif

@@ -40,13 +40,11 @@ static QString statusOf(const InterfaceMap &interfaces)
     return interfaces.value(callInterface).value(QStringLiteral("Status"), QStringLiteral("none")).toString();
 }
 
-FakeHost::FakeHost() : m_connection(newConnection())
+FakeHost::FakeHost() : m_connection(newConnection()), m_tree(m_connection, servicePath)
 {
-    qDBusRegisterMetaType<InterfaceMap>();
-    qDBusRegisterMetaType<ObjectMap>();
     qDBusRegisterMetaType<FakeDevice>();
     qDBusRegisterMetaType<FakeDeviceList>();
-    m_connection.registerVirtualObject(servicePath, this);
+    serve();
     subscribe(objectManagerInterface, QStringLiteral("InterfacesAdded"), QStringLiteral("oa{sa{sv}}"));
     subscribe(objectManagerInterface, QStringLiteral("InterfacesRemoved"), QStringLiteral("oas"));
     subscribe(callInterface, QStringLiteral("StatusChanged"), QStringLiteral("u"));
@@ -55,6 +53,21 @@ FakeHost::FakeHost() : m_connection(newConnection())
 }
 
 FakeHost::~FakeHost() { QDBusConnection::disconnectFromBus(m_connection.name()); }
+
+void FakeHost::serve()
+{
+    m_tree.addToRoot(std::make_unique<BusInterface>(QStringLiteral("zelkovar.Call.Service1"),
+        BusInterface::Methods{{QStringLiteral("RegisterCallManager"),
+            [this](const QDBusMessage &message) { return onRegistration(message); }}}));
+    auto announcements = std::make_unique<BusInterface>(QStringLiteral("zelkovar.Call.ServiceManager1"),
+        BusInterface::Methods{{QStringLiteral("ListCallManagers"), [](const QDBusMessage &message) {
+                                   return message.createErrorReply(
+                                       QDBusError::NotSupported, QStringLiteral("not by this host"));
+                               }}});
+    m_announcements = announcements.get();
+    m_tree.addToRoot(std::move(announcements));
+    m_tree.publish();
+}
 
 // From everybody: a host that subscribes late would not see what came too early.
 void FakeHost::subscribe(const QString &interface, const QString &member, const QString &signature)
@@ -79,29 +92,19 @@ bool FakeHost::waitForWire(const QString &start, int count) const
     });
 }
 
-bool FakeHost::handleMessage(const QDBusMessage &message, const QDBusConnection &)
-{
-    if (message.member() != QLatin1String("RegisterCallManager") || message.signature() != QLatin1String("o"))
-        return false;
-    onRegistration(message);
-    return true;
-}
-
-void FakeHost::onRegistration(const QDBusMessage &message)
+QDBusMessage FakeHost::onRegistration(const QDBusMessage &message)
 {
     const QString manager = message.arguments().constFirst().value<QDBusObjectPath>().path();
     m_wire.append(QStringLiteral("RegisterCallManager ") + manager);
     m_application = message.service();
     m_registered.insert(m_application);
-    if (!m_refusal.isEmpty()) {
-        m_connection.send(message.createErrorReply(m_refusal, QStringLiteral("not \"today\"")));
-        return;
-    }
+    if (!m_refusal.isEmpty())
+        return message.createErrorReply(m_refusal, QStringLiteral("not \"today\""));
     askForObjects(manager);
-    if (m_holdsAnswers)
-        m_held.append(message);
-    else
-        m_connection.send(message.createReply());
+    if (!m_holdsAnswers)
+        return message.createReply();
+    m_held.append(message);
+    return {};
 }
 
 void FakeHost::answerRegistrations()
@@ -138,11 +141,9 @@ void FakeHost::onReported(const QString &application, const QDBusObjectPath &pat
 
 void FakeHost::broadcast(const QString &path, const InterfaceMap &interfaces, const QString &application)
 {
-    QDBusMessage signal = QDBusMessage::createSignal(
-        servicePath, QStringLiteral("zelkovar.Call.ServiceManager1"), QStringLiteral("InterfacesAdded"));
-    signal << (application.isEmpty() ? m_application : application) << QVariant::fromValue(QDBusObjectPath(path))
-           << QVariant::fromValue(interfaces);
-    m_connection.send(signal);
+    emit m_announcements->raised(QStringLiteral("InterfacesAdded"),
+        {application.isEmpty() ? m_application : application, QVariant::fromValue(QDBusObjectPath(path)),
+            QVariant::fromValue(interfaces)});
 }
 
 // Applications name the interfaces in any order.

@@ -4,20 +4,14 @@
 #ifndef TESTS_FAKEHOST_H
 #define TESTS_FAKEHOST_H
 
-#include <QtCore/QMap>
-#include <QtCore/QSet>
-#include <QtCore/QStringList>
-#include <QtCore/QVariantMap>
-#include <QtDBus/QDBusArgument>
-#include <QtDBus/QDBusConnection>
-#include <QtDBus/QDBusMessage>
-#include <QtDBus/QDBusObjectPath>
-#include <QtDBus/QDBusVirtualObject>
+#include "busserver/businterface.h"
+#include "busserver/bustree.h"
 
-using InterfaceMap = QMap<QString, QVariantMap>;
-using ObjectMap = QMap<QDBusObjectPath, InterfaceMap>;
-Q_DECLARE_METATYPE(InterfaceMap)
-Q_DECLARE_METATYPE(ObjectMap)
+#include <QtCore/QSet>
+#include <QtDBus/QDBusArgument>
+
+using InterfaceMap = BusInterfaceMap;
+using ObjectMap = BusObjectMap;
 
 /** A device in UpdateAudioRouteState. */
 struct FakeDevice
@@ -38,7 +32,7 @@ Q_DECLARE_METATYPE(FakeDeviceList)
  * send, and does nothing by itself but what every host does: asks for the objects when a call manager
  * registers, answers the registration after that, and tells everybody of the calls that it has seen.
  */
-class FakeHost : public QDBusVirtualObject
+class FakeHost : public QObject
 {
     Q_OBJECT
 public:
@@ -50,6 +44,7 @@ public:
     bool takeName(const QString &name = defaultName());
     void dropName(const QString &name = defaultName());
 
+    QDBusConnection connection() const { return m_connection; }
     QString uniqueName() const { return m_connection.baseService(); }
 
     // --- What arrived
@@ -68,6 +63,9 @@ public:
 
     /** Unique name of the application that registered last. */
     QString application() const { return m_application; }
+
+    /** Takes this one for the application that registered last: as a stranger does, who only knows its name. */
+    void setApplication(const QString &application) { m_application = application; }
 
     /**
      * The calls that registered applications have reported, by path, as they were when reported, without those
@@ -100,20 +98,20 @@ public:
     /** Returns when the application has handled what was sent to it, and what it sent in turn has come. */
     bool settle(const QString &manager) const;
 
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
-    QString introspect(const QString &) const override { return {}; }
-
 private Q_SLOTS:
     void onSignal(const QDBusMessage &signal);
 
 private:
     void subscribe(const QString &interface, const QString &member, const QString &signature);
-    void onRegistration(const QDBusMessage &message);
-    void answer(const QDBusMessage &registration);
+    void serve();
+    QDBusMessage onRegistration(const QDBusMessage &message);
     void askForObjects(const QString &manager);
     void onReported(const QString &application, const QDBusObjectPath &path, const InterfaceMap &interfaces);
 
     QDBusConnection m_connection;
+    BusTree m_tree;
+    /** Belongs to the tree. */
+    BusInterface *m_announcements = nullptr;
     QStringList m_wire;
     ObjectMap m_calls;
     QString m_application;

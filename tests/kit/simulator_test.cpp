@@ -4,6 +4,7 @@
 // The simulator's options, and the order in which it tells the host of its calls.
 
 #include "kittest.h"
+#include "scriptedapplication.h"
 #include "waitfor.h"
 
 #include <QtCore/QRegularExpression>
@@ -224,53 +225,26 @@ TEST_F(Simulator, NeverWaitsForAnAnswerFromTheBus)
     EXPECT_THAT(errors(), testing::Not(HasSubstr("QDBus")));
 }
 
-// --- Errors on the bus that the common tests do not reach
-
-TEST_F(Simulator, AWrongPropertyOrInterfaceIsNamed)
-{
-    startSimulator({"--incoming", "sip:ann@example.org"});
-    const QString path = "/ringlet/sim/call1";
-    const auto error = [&](const QString &member, const QVariantList &arguments) {
-        return host.call(path, "org.freedesktop.DBus.Properties", member, arguments).errorName();
-    };
-    const QString prefix = "org.freedesktop.DBus.Error.";
-    EXPECT_EQ(error("Get", {"zelkovar.Call.Call1", "Colour"}), prefix + "UnknownProperty");
-    EXPECT_EQ(error("Get", {"zelkovar.Call.Call9", "Status"}), prefix + "UnknownInterface");
-    EXPECT_EQ(error("Get", {"zelkovar.Call.Call1"}), prefix + "InvalidArgs");
-    EXPECT_EQ(error("GetAll", {"zelkovar.Call.Call9"}), prefix + "UnknownInterface");
-    EXPECT_EQ(error("Set", {"zelkovar.Call.Call1", "Status", QVariant::fromValue(QDBusVariant(5u))}),
-        prefix + "PropertyReadOnly");
-    EXPECT_EQ(error("Set", {"zelkovar.Call.Call1", "Colour", QVariant::fromValue(QDBusVariant(5u))}),
-        prefix + "UnknownProperty");
-    EXPECT_EQ(error("Reset", {}), prefix + "UnknownMethod");
-}
-
-TEST_F(Simulator, TheManagerNamesAWrongMethodOrArgument)
-{
-    startSimulator();
-    const QString prefix = "org.freedesktop.DBus.Error.";
-    const QString interface = "org.freedesktop.DBus.ObjectManager";
-    EXPECT_EQ(host.call(manager, interface, "GetManagedObjects", {1}).errorName(), prefix + "InvalidArgs");
-    EXPECT_EQ(host.call(manager, interface, "GetManaged").errorName(), prefix + "UnknownMethod");
-    EXPECT_EQ(host.call(manager, "org.freedesktop.DBus.Properties", "GetAll", {interface}).type(),
-        QDBusMessage::ReplyMessage);
-    EXPECT_EQ(host.call(manager + "/nobody", "zelkovar.Call.Call1", "Accept").errorName(), prefix + "UnknownObject");
-}
-
-TEST_F(Simulator, AMethodCallMayLeaveTheInterfaceOut)
-{
-    startSimulator({"--incoming", "sip:ann@example.org"});
-    EXPECT_EQ(host.call("/ringlet/sim/call1", QString(), "Accept").type(), QDBusMessage::ReplyMessage);
-    EXPECT_EQ(host.call(manager, QString(), "GetManagedObjects").type(), QDBusMessage::ReplyMessage);
-    EXPECT_TRUE(waitForLine("call1 status 5 active"));
-}
-
 TEST_F(Simulator, AnInterfaceThatTheCallLacksCannotBeCalled)
 {
     startSimulator({"--incoming", "sip:ann@example.org", "--without", "tones"});
     EXPECT_EQ(host.call("/ringlet/sim/call1", "zelkovar.Call.DTMF1", "SendDTMF", {"1"}).errorName(),
-        QString("org.freedesktop.DBus.Error.UnknownMethod"));
+        QString("org.freedesktop.DBus.Error.UnknownInterface"));
     EXPECT_THAT(linesThatStart("call1 command"), IsEmpty());
+}
+
+TEST_F(Simulator, OnlyTheHostIsObeyedUnlessEverybodyIs)
+{
+    startSimulator({"--incoming", "sip:ann@example.org"});
+    ScriptedApplication stranger;
+    EXPECT_EQ(stranger.call(host.application(), "/ringlet/sim/call1", "zelkovar.Call.Call1", "Accept"),
+        "org.freedesktop.DBus.Error.AccessDenied");
+    EXPECT_THAT(linesThatStart("call1 command"), IsEmpty());
+    type("quit");
+    EXPECT_EQ(program.waitForExit(), 0);
+    startSimulator({"--incoming", "sip:ann@example.org", "--anyone"});
+    EXPECT_EQ(stranger.call(host.application(), "/ringlet/sim/call1", "zelkovar.Call.Call1", "Accept"), "()");
+    EXPECT_TRUE(waitForLine("call1 status 5 active"));
 }
 
 // --- Options

@@ -56,10 +56,30 @@ void BusMonitor::read(DBusMessage *message)
                 DBUS_TYPE_STRING, &after, DBUS_TYPE_INVALID)
             && *after == '\0')
             m_departed.insert(name);
-    } else if (!is(dbus_message_get_destination(message), DBUS_SERVICE_DBUS)
-        && is(dbus_message_get_sender(message), m_sender.c_str())) {
-        write(message);
+    } else if (is(dbus_message_get_sender(message), m_sender.c_str())) {
+        if (!is(dbus_message_get_destination(message), DBUS_SERVICE_DBUS))
+            write(message);
+        else if (is(dbus_message_get_member(message), "AddMatch"))
+            writeSubscription(message);
     }
+}
+
+// The value of a key in the text of a match rule.
+static std::string valueIn(const std::string &rule, const std::string &key)
+{
+    const std::size_t at = rule.find(key + "='");
+    const std::size_t start = at + key.size() + 2;
+    return at == std::string::npos ? "" : rule.substr(start, rule.find('\'', start) - start);
+}
+
+void BusMonitor::writeSubscription(DBusMessage *message)
+{
+    const char *rule = nullptr;
+    dbus_message_get_args(message, nullptr, DBUS_TYPE_STRING, &rule, DBUS_TYPE_INVALID);
+    const auto sender = m_names.find(valueIn(rule, "sender"));
+    if (sender != m_names.end())
+        m_lines.push_back("match " + sender->second + " " + valueIn(rule, "path") + " " + valueIn(rule, "interface")
+            + "." + valueIn(rule, "member"));
 }
 
 void BusMonitor::write(DBusMessage *message)

@@ -16,11 +16,12 @@
 constexpr const char *noteInterface = "org.example.Note";
 
 /**
- * Writes down everything that one connection sends, in the order in which the bus passes it on, except what is
- * for the bus itself:
+ * Writes down everything that one connection sends, in the order in which the bus passes it on, except other messages
+ * to the bus itself:
  *
  *     to NAME PATH INTERFACE.MEMBER(ARGUMENTS)      broadcast MEMBER(ARGUMENTS)
  *     reply to NAME (ARGUMENTS)                     error to NAME
+ *     match NAME PATH INTERFACE.MEMBER              which it subscribes to
  *     host: LINE                                    which the host has noted
  *
  * NAME is what name() was told to call a connection.
@@ -54,6 +55,7 @@ private:
     void readAll();
     void read(DBusMessage *message);
     void write(DBusMessage *message);
+    void writeSubscription(DBusMessage *message);
     void writeSignal(DBusMessage *message);
     void writeReply(DBusMessage *message);
     std::string name(const char *uniqueName) const;

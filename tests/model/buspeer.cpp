@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
+#include <unistd.h>
 
 BusMessage busMessage(DBusMessage *message) { return {message, dbus_message_unref}; }
 
@@ -41,6 +42,22 @@ unsigned BusPeer::send(DBusMessage *message)
     dbus_connection_send(m_connection.get(), message, &serial);
     dbus_connection_flush(m_connection.get());
     return serial;
+}
+
+void BusPeer::sendHalf(DBusMessage *message)
+{
+    dbus_connection_flush(m_connection.get());
+    // Only one that is sent gets a serial number, without which it is none.
+    dbus_message_set_serial(message, UINT32_MAX);
+    char *bytes = nullptr;
+    int size = 0;
+    int socket = -1;
+    if (!dbus_message_marshal(message, &bytes, &size) || !dbus_connection_get_unix_fd(m_connection.get(), &socket))
+        throw std::runtime_error("half a message cannot be sent");
+    const ssize_t written = write(socket, bytes, std::size_t(size) / 2);
+    dbus_free(bytes);
+    if (written != size / 2)
+        throw std::runtime_error("half a message could not be sent");
 }
 
 ArgumentWriter &ArgumentWriter::basic(int type, const void *value)

@@ -30,6 +30,9 @@ public:
     /** Writes the message to the bus before it returns; gives its serial number. */
     unsigned send(DBusMessage *message);
 
+    /** Writes the first half of the message to the bus: the rest never comes, nor may anything else. */
+    void sendHalf(DBusMessage *message);
+
     DBusConnection *connection() const { return m_connection.get(); }
 
 private:

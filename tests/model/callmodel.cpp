@@ -30,6 +30,10 @@ bool Utf16Less::operator()(const std::string &left, const std::string &right) co
     return utf16(left) < utf16(right);
 }
 
+static const std::string statusSignal = std::string(callInterface) + ".StatusChanged";
+static const std::string muteSignal = std::string(audioInterface) + ".RequestMute";
+static const std::string routeSignal = std::string(audioInterface) + ".RequestAudioRoute";
+
 static std::string quoted(const std::string &text) { return '"' + text + '"'; }
 
 static std::string text(bool value) { return value ? "true" : "false"; }
@@ -129,6 +133,13 @@ std::string CallModel::nameOf(char application) const
     return known == m_applications.end() ? "" : application + std::to_string(known->second.connections);
 }
 
+// The step as if the application did it in whose place another answers.
+static Step victimOf(Step step)
+{
+    step.application = step.text.empty() ? stranger : step.text[0];
+    return step;
+}
+
 const CallModel::Manager *CallModel::manager(const Step &step) const
 {
     const std::string service = nameOf(step.application);
@@ -163,9 +174,13 @@ std::vector<std::string> CallModel::callIds(const Step &step) const
 
 bool CallModel::isPossible(const Step &step) const
 {
+    if (step.kind == StepKind::ForgeAnswer) {
+        const Manager *victim = manager(victimOf(step));
+        return victim && victim->awaitsSnapshot && step.application != victimOf(step).application;
+    }
     const Manager *known = manager(step);
     if (isAnswer(step.kind))
-        return known && known->awaitsSnapshot;
+        return known && (known->awaitsSnapshot || known->isForged);
     if (isCommand(step.kind))
         return !callsOf(step).empty();
     if (step.kind == StepKind::HostDial)
@@ -173,7 +188,7 @@ bool CallModel::isPossible(const Step &step) const
     if (step.kind == StepKind::ConfigureAgain)
         return m_configured;
     // Signals of an application that is not there yet would be a stranger's: of those, one is enough.
-    const bool needsConnection = step.kind == StepKind::Leave || isReport(step.kind) || isCallSignal(step.kind);
+    const bool needsConnection = isLeave(step.kind) || isReport(step.kind) || isCallSignal(step.kind);
     return !needsConnection || isConnected(step.application) || step.application == stranger;
 }
 
@@ -192,6 +207,8 @@ const std::map<StepKind, CallModel::Action> &CallModel::actions()
         {StepKind::Register, &CallModel::doRegister},
         {StepKind::RegisterBadly, &CallModel::doRegisterBadly},
         {StepKind::Leave, &CallModel::doLeave},
+        {StepKind::LeaveHalfWay, &CallModel::doLeave},
+        {StepKind::ForgeAnswer, &CallModel::doForgeAnswer},
         {StepKind::Answer, &CallModel::doAnswer},
         {StepKind::AnswerWithMore, &CallModel::doAnswer},
         {StepKind::AnswerBadly, &CallModel::doAnswerBadly},
@@ -231,6 +248,12 @@ void CallModel::flush()
         m_log.then(line);
 }
 
+void CallModel::perhaps(const std::string &line)
+{
+    flush();
+    m_log.perhaps(line);
+}
+
 template <typename Function>
 Lines CallModel::effectsOf(Function action)
 {
@@ -260,6 +283,8 @@ void CallModel::doRegister(const Step &step)
         fresh.hasProvider = fresh.awaitsSnapshot = m_configured;
         m_managers.push_back(fresh);
         if (m_configured) {
+            subscribe(fresh, fresh.path, "org.freedesktop.DBus.ObjectManager.InterfacesAdded");
+            subscribe(fresh, fresh.path, "org.freedesktop.DBus.ObjectManager.InterfacesRemoved");
             bus("to " + fresh.service + " " + fresh.path + " org.freedesktop.DBus.ObjectManager.GetManagedObjects()");
             host("provider added " + fresh.id());
         }
@@ -300,7 +325,8 @@ void CallModel::removeEverything(Manager &manager)
 void CallModel::doAnswer(const Step &step)
 {
     Manager &asked = *manager(step);
-    asked.awaitsSnapshot = false;
+    if (!std::exchange(asked.awaitsSnapshot, false))
+        return;
     const auto byPath
         = asReceived(step.objects, [](const ObjectReport &report) -> const std::string & { return report.path; });
     for (const ObjectReport &report : byPath)
@@ -308,6 +334,13 @@ void CallModel::doAnswer(const Step &step)
 }
 
 void CallModel::doAnswerBadly(const Step &step) { manager(step)->awaitsSnapshot = false; }
+
+void CallModel::doForgeAnswer(const Step &step)
+{
+    Manager &victim = *manager(victimOf(step));
+    victim.awaitsSnapshot = false;
+    victim.isForged = true;
+}
 
 void CallModel::doAdd(const Step &step)
 {
@@ -353,6 +386,7 @@ void CallModel::createCall(Manager &manager, const std::string &object, const In
     call.properties = find(received, callInterface)->properties;
     const PropertyValue *status = call.property("Status");
     call.remoteStatus = status ? status->asNumber : 0;
+    subscribe(manager, object, statusSignal);
     addInterfaces(manager, call, received, false);
 }
 
@@ -367,6 +401,8 @@ void CallModel::addInterfaces(Manager &manager, Call &call, const Interfaces &re
     if (!call.audio && find(received, audioInterface)) {
         call.audio = true;
         m_audioCalls.emplace_back(&manager, &call);
+        subscribe(manager, call.object, muteSignal);
+        subscribe(manager, call.object, routeSignal);
         send(manager, call,
             std::string(audioInterface) + ".UpdateAudioRouteState(" + audioDevicesText(m_devices) + "," + text(m_muted)
                 + "," + quoted(m_input) + "," + quoted(m_output) + ")");
@@ -392,12 +428,41 @@ void CallModel::reportRemoved(Manager &manager, const std::string &object, const
 void CallModel::removeCall(Manager &manager, const std::string &object)
 {
     const auto call = manager.calls.find(object);
+    unsubscribe(manager, object, statusSignal);
+    if (call->second.audio) {
+        unsubscribe(manager, object, muteSignal);
+        unsubscribe(manager, object, routeSignal);
+    }
     host("call removed " + call->second.id + " " + manager.id());
     host("calls changed " + manager.id());
     m_audioCalls.erase(std::remove(m_audioCalls.begin(), m_audioCalls.end(),
                            std::pair<const Manager *, const Call *>(&manager, &call->second)),
         m_audioCalls.end());
     manager.calls.erase(call);
+}
+
+static std::string ruleOf(const std::string &service, const std::string &object, const std::string &member)
+{
+    return "match " + service + " " + object + " " + member;
+}
+
+void CallModel::subscribe(const Manager &manager, const std::string &object, const std::string &member)
+{
+    const std::string rule = ruleOf(manager.service, object, member);
+    if (m_rules[rule]++ > 0)
+        return;
+    // Whether one that was dropped just before is still there depends on when the event loop turns.
+    if (m_droppedRules.count(rule) != 0)
+        perhaps(rule);
+    else
+        bus(rule);
+}
+
+void CallModel::unsubscribe(const Manager &manager, const std::string &object, const std::string &member)
+{
+    const std::string rule = ruleOf(manager.service, object, member);
+    if (--m_rules[rule] == 0)
+        m_droppedRules.insert(rule);
 }
 
 void CallModel::doStatus(const Step &step)

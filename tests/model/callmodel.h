@@ -9,6 +9,7 @@
 
 #include <list>
 #include <map>
+#include <set>
 
 /** The order of object paths and interface names: that of UTF-16 code units. */
 struct Utf16Less
@@ -35,6 +36,9 @@ public:
     bool isPossible(const Step &step) const;
 
     void take(const Step &step);
+
+    /** Whatever the steps so far caused has happened; nothing that a later one finds is on its way any more. */
+    void pause() { m_droppedRules.clear(); }
 
     /** Ids of the calls that the step is about: an object that two call managers report is two calls. */
     std::vector<std::string> callIds(const Step &step) const;
@@ -73,6 +77,8 @@ private:
         /** Registered when there was no host, it stays without a provider. */
         bool hasProvider = false;
         bool awaitsSnapshot = false;
+        /** Somebody else has answered in the application's place, whose own answer comes to nothing then. */
+        bool isForged = false;
         std::string errorString;
         /** Names of the interfaces of each object; one that was reported twice stands there twice. */
         std::map<std::string, std::vector<std::string>, Utf16Less> objects;
@@ -98,6 +104,7 @@ private:
     void doLeave(const Step &step);
     void doAnswer(const Step &step);
     void doAnswerBadly(const Step &step);
+    void doForgeAnswer(const Step &step);
     void doAdd(const Step &step);
     void doRemove(const Step &step);
     void doStatus(const Step &step);
@@ -126,6 +133,9 @@ private:
     void addInterfaces(Manager &manager, Call &call, const Interfaces &received, bool announced);
     void removeCall(Manager &manager, const std::string &object);
 
+    void subscribe(const Manager &manager, const std::string &object, const std::string &member);
+    void unsubscribe(const Manager &manager, const std::string &object, const std::string &member);
+
     void pushRoute();
     void pushState();
     void setMuted(bool muted);
@@ -135,6 +145,8 @@ private:
     void host(const std::string &line) { m_now.push_back("host: " + line); }
     void bus(const std::string &line) { m_now.push_back(line); }
     void send(const Manager &manager, const Call &call, const std::string &member);
+    /** What may come next, and may not. */
+    void perhaps(const std::string &line);
     /** What `action` does, set aside. */
     template <typename Function>
     Lines effectsOf(Function action);
@@ -148,6 +160,11 @@ private:
     int m_calls = 0;
     /** Calls with audio control in the order in which they got it: that of the updates. */
     std::vector<std::pair<const Manager *, const Call *>> m_audioCalls;
+
+    /** What the bus passes on to the plug-in, and how many subscribed to it: the bus is told of the first. */
+    std::map<std::string, int> m_rules;
+    /** Those that the last one has dropped, who may not be gone yet. */
+    std::set<std::string> m_droppedRules;
 
     unsigned m_devices = 0;
     std::string m_input;

@@ -30,8 +30,8 @@ static bool takeBlocks(std::vector<Lines> blocks, Position &position, Position e
 bool ExpectedLog::matches(const Lines &actual) const
 {
     Position position = actual.begin();
-    for (const std::vector<Lines> &blocks : m_parts)
-        if (!takeBlocks(blocks, position, actual.end()))
+    for (const Part &part : m_parts)
+        if (!takeBlocks(part.blocks, position, actual.end()) && !part.isOptional)
             return false;
     return position == actual.end();
 }
@@ -39,8 +39,9 @@ bool ExpectedLog::matches(const Lines &actual) const
 Lines ExpectedLog::lines() const
 {
     Lines all;
-    for (const std::vector<Lines> &blocks : m_parts)
-        for (const Lines &block : blocks)
-            all.insert(all.end(), block.begin(), block.end());
+    for (const Part &part : m_parts)
+        for (const Lines &block : part.blocks)
+            for (const std::string &line : block)
+                all.push_back((part.isOptional ? "perhaps " : "") + line);
     return all;
 }

@@ -16,16 +16,23 @@ using Lines = std::vector<std::string>;
 class ExpectedLog
 {
 public:
-    void then(const std::string &line) { m_parts.push_back({{line}}); }
-    void inAnyOrder(std::vector<Lines> blocks) { m_parts.push_back(std::move(blocks)); }
+    void then(const std::string &line) { m_parts.push_back({{{line}}, false}); }
+    void perhaps(const std::string &line) { m_parts.push_back({{{line}}, true}); }
+    void inAnyOrder(std::vector<Lines> blocks) { m_parts.push_back({std::move(blocks), false}); }
 
     bool matches(const Lines &actual) const;
 
-    /** All lines, in one of the orders. */
+    /** All lines, in one of the orders; "perhaps " stands before those that need not come. */
     Lines lines() const;
 
 private:
-    std::vector<std::vector<Lines>> m_parts;
+    struct Part
+    {
+        std::vector<Lines> blocks;
+        bool isOptional;
+    };
+
+    std::vector<Part> m_parts;
 };
 
 #endif

@@ -139,14 +139,14 @@ static Gen<StepKind> kinds()
     return pick<StepKind>({{8, StepKind::Configure}, {2, StepKind::ConfigureWithNull}, {2, StepKind::ConfigureAgain},
         {1, StepKind::Start}, {1, StepKind::Suspend}, {1, StepKind::Resume}, {1, StepKind::Finalize},
         {60, StepKind::Register}, {2, StepKind::RegisterBadly}, {2, StepKind::TakeName}, {20, StepKind::Leave},
-        {3, StepKind::ClaimDeparture}, {40, StepKind::Answer}, {5, StepKind::AnswerWithMore},
-        {4, StepKind::AnswerBadly}, {4, StepKind::AnswerWithError}, {90, StepKind::Add}, {3, StepKind::AddBadly},
-        {40, StepKind::Remove}, {2, StepKind::RemoveBadly}, {60, StepKind::Status}, {6, StepKind::StatusBadly},
-        {20, StepKind::RequestMute}, {20, StepKind::RequestRoute}, {6, StepKind::RequestBadly},
-        {16, StepKind::HostAnswer}, {16, StepKind::HostHangup}, {40, StepKind::HostHold}, {6, StepKind::HostHoldByName},
-        {16, StepKind::HostDtmf}, {3, StepKind::HostDeflect}, {3, StepKind::HostMerge}, {3, StepKind::HostSplit},
-        {5, StepKind::HostDial}, {12, StepKind::Mute}, {12, StepKind::SelectInput}, {12, StepKind::SelectOutput},
-        {12, StepKind::Devices}});
+        {4, StepKind::LeaveHalfWay}, {3, StepKind::ClaimDeparture}, {8, StepKind::ForgeAnswer}, {40, StepKind::Answer},
+        {5, StepKind::AnswerWithMore}, {4, StepKind::AnswerBadly}, {6, StepKind::AnswerWithError}, {90, StepKind::Add},
+        {3, StepKind::AddBadly}, {40, StepKind::Remove}, {2, StepKind::RemoveBadly}, {60, StepKind::Status},
+        {6, StepKind::StatusBadly}, {20, StepKind::RequestMute}, {20, StepKind::RequestRoute},
+        {6, StepKind::RequestBadly}, {16, StepKind::HostAnswer}, {16, StepKind::HostHangup}, {40, StepKind::HostHold},
+        {6, StepKind::HostHoldByName}, {16, StepKind::HostDtmf}, {3, StepKind::HostDeflect}, {3, StepKind::HostMerge},
+        {3, StepKind::HostSplit}, {5, StepKind::HostDial}, {12, StepKind::Mute}, {12, StepKind::SelectInput},
+        {12, StepKind::SelectOutput}, {12, StepKind::Devices}});
 }
 
 static Gen<Step> steps()
@@ -155,14 +155,17 @@ static Gen<Step> steps()
         const auto only = [kind](std::initializer_list<StepKind> these) {
             return std::find(these.begin(), these.end(), kind) != these.end();
         };
-        const bool reports = only({StepKind::Add});
-        const bool answers = only({StepKind::Answer, StepKind::AnswerWithMore});
+        const bool reports = only({StepKind::Add, StepKind::LeaveHalfWay});
+        const bool answers
+            = only({StepKind::Answer, StepKind::AnswerWithMore, StepKind::AnswerWithError, StepKind::ForgeAnswer});
         const bool hasStatus = only({StepKind::Status});
         const bool claims = only({StepKind::ClaimDeparture});
+        const bool forges = only({StepKind::ForgeAnswer});
         const bool aboutCall = isByApplication(kind) && kind >= StepKind::Add;
         return gen::build<Step>(gen::set(&Step::kind, gen::just(kind)), gen::set(&Step::atOnce, oneIn(4)),
             gen::set(&Step::application,
                 claims          ? gen::just(char(stranger))
+                    : forges    ? pick<char>({{1, stranger}, {1, 'B'}, {1, 'A'}})
                     : aboutCall ? senders()
                                 : applications()),
             gen::set(&Step::manager, managers()), gen::set(&Step::object, objects()),
@@ -173,7 +176,7 @@ static Gen<Step> steps()
                 &Step::number, hasStatus ? statuses() : gen::map(below(4), [](std::size_t i) { return unsigned(i); })),
             gen::set(&Step::on, gen::map(oneIn(3), [](bool off) { return !off; })),
             gen::set(&Step::text,
-                claims                           ? texts({{2, "A"}, {1, "B"}})
+                claims || forges                 ? texts({{2, "A"}, {1, "B"}})
                     : only({StepKind::HostDtmf}) ? texts({{1, "1"}, {1, "12#"}, {1, ""}})
                                                  : devices()),
             gen::set(&Step::otherText, devices()));

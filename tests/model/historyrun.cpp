@@ -7,6 +7,7 @@
 #include "historytext.h"
 #include "pluginworld.h"
 
+#include <algorithm>
 #include <applicationruntime.h>
 #include <stdexcept>
 #include <unistd.h>
@@ -17,13 +18,16 @@ static bool canFollowAtOnce(const Step &first, const Step &second)
 {
     if (!isByApplication(first.kind) || !isByApplication(second.kind))
         return !isByApplication(first.kind) && !isByApplication(second.kind);
-    if (first.application != second.application || second.kind == StepKind::Leave)
+    if (first.application != second.application || isLeave(first.kind))
         return false;
+    // The bus daemon may miss the application before the plug-in has asked for its process.
+    if (isLeave(second.kind))
+        return first.kind != StepKind::Register;
     if (isCallSignal(second.kind))
         return isCallSignal(first.kind);
     if (isReport(second.kind) || isAnswer(second.kind))
-        return first.kind != StepKind::Register && first.kind != StepKind::Leave;
-    return first.kind != StepKind::Leave;
+        return first.kind != StepKind::Register;
+    return true;
 }
 
 static std::string listed(const Lines &lines)
@@ -70,7 +74,7 @@ public:
             if (m_difference.empty())
                 m_difference = compared("What comes of the plug-in's end", Lines{}, m_world.end());
         } catch (const std::runtime_error &error) {
-            m_difference = "After\n" + listed(m_sinceLastPause) + "  " + error.what() + "\n";
+            m_difference = "After\n" + text(m_sinceLastPause) + "  " + error.what() + "\n";
         }
         return {m_difference, m_steps};
     }
@@ -78,15 +82,16 @@ public:
 private:
     void perform(const Step &step)
     {
-        if (m_last && !(step.atOnce && canFollowAtOnce(*m_last, step)))
+        const bool isCertain = std::all_of(m_sinceLastPause.begin(), m_sinceLastPause.end(),
+            [&](const Step &before) { return canFollowAtOnce(before, step); });
+        if (!m_sinceLastPause.empty() && !(step.atOnce && isCertain))
             pause();
         if (!m_difference.empty() || !m_model.isPossible(step))
             return;
-        m_sinceLastPause.push_back(text(step));
+        m_sinceLastPause.push_back(step);
         const std::vector<std::string> calls = m_model.callIds(step);
         m_model.take(step);
         m_world.perform(step, calls);
-        m_last = &step;
         ++m_steps;
     }
 
@@ -97,16 +102,15 @@ private:
             + compared("What is registered", m_model.registry(), m_world.registry())
             + compared("What the host has", m_model.state(), m_world.state())
             + compared("What outlives its removal", Lines{}, m_world.leftOver());
+        m_model.pause();
         if (!found.empty())
-            m_difference = "After\n" + listed(m_sinceLastPause) + found;
+            m_difference = "After\n" + text(m_sinceLastPause) + found;
         m_sinceLastPause.clear();
-        m_last = nullptr;
     }
 
     PluginWorld m_world;
     CallModel m_model;
-    const Step *m_last = nullptr;
-    Lines m_sinceLastPause;
+    History m_sinceLastPause;
     std::string m_difference;
     int m_steps = 0;
 };

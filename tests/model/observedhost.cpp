@@ -59,7 +59,13 @@ void ObservedHost::removeProvider(AbstractVoiceCallProvider *provider)
             known.removed = true;
 }
 
-QString ObservedHost::newHandlerId() { return QStringLiteral("h%1").arg(++m_ids); }
+// Before the call is made, whose time may run at once.
+QString ObservedHost::newHandlerId()
+{
+    m_ages.emplace_back();
+    m_ages.back().start();
+    return QStringLiteral("h%1").arg(m_ages.size());
+}
 
 void ObservedHost::addCall(const std::string &providerId, AbstractVoiceCallHandler *handler)
 {
@@ -67,9 +73,7 @@ void ObservedHost::addCall(const std::string &providerId, AbstractVoiceCallHandl
     note("call added " + id + " " + providerId);
     if (!handler->provider()->voiceCalls().contains(handler))
         note(id + " is not among the calls of its provider");
-    Call call{id, providerId, handler, {}, false};
-    call.age.start();
-    m_calls.push_back(call);
+    m_calls.push_back({id, providerId, handler, m_ages.at(std::stoul(id.substr(1)) - 1), false});
     listen(id, handler);
 }
 

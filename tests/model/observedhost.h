@@ -84,7 +84,8 @@ private:
     std::vector<Provider> m_providers;
     std::vector<Call> m_calls;
     AudioRouteState m_audio;
-    int m_ids = 0;
+    /** Since each id was asked for. */
+    std::vector<QElapsedTimer> m_ages;
 };
 
 #endif

@@ -54,6 +54,8 @@ const std::map<StepKind, PluginWorld::Action> &PluginWorld::actions()
         {StepKind::RegisterBadly, &PluginWorld::doRegisterBadly},
         {StepKind::TakeName, &PluginWorld::doTakeName},
         {StepKind::Leave, &PluginWorld::doLeave},
+        {StepKind::LeaveHalfWay, &PluginWorld::doLeaveHalfWay},
+        {StepKind::ForgeAnswer, &PluginWorld::doForgeAnswer},
         {StepKind::ClaimDeparture, &PluginWorld::doClaimDeparture},
         {StepKind::Answer, &PluginWorld::doAnswer},
         {StepKind::AnswerWithMore, &PluginWorld::doAnswer},
@@ -211,6 +213,21 @@ void PluginWorld::doLeave(const Step &step)
     m_monitor.waitForDeparture(name);
 }
 
+void PluginWorld::doLeaveHalfWay(const Step &step)
+{
+    const BusMessage message = signal(step.manager, objectManagerInterface, "InterfacesAdded");
+    ArgumentWriter(message.get()).path(step.object).interfaces(step.interfaces);
+    application(step.application).sendHalf(message.get());
+    doLeave(step);
+}
+
+void PluginWorld::doForgeAnswer(const Step &step)
+{
+    const BusMessage reply = snapshotReply(step.text[0], step.manager);
+    ArgumentWriter(reply.get()).objects(step.objects);
+    send(step.application, reply);
+}
+
 void PluginWorld::doClaimDeparture(const Step &step)
 {
     const auto claimed = m_applications.find(step.text.empty() ? stranger : step.text[0]);
@@ -221,12 +238,12 @@ void PluginWorld::doClaimDeparture(const Step &step)
     send(step.application, message);
 }
 
-BusMessage PluginWorld::snapshotReply(const Step &step)
+BusMessage PluginWorld::snapshotReply(char letter, const std::string &manager, int type)
 {
-    BusMessage reply = busMessage(dbus_message_new(DBUS_MESSAGE_TYPE_METHOD_RETURN));
-    const unsigned serial = m_monitor.snapshotCall(application(step.application).name(), step.manager);
+    BusMessage reply = busMessage(dbus_message_new(type));
+    const unsigned serial = m_monitor.snapshotCall(application(letter).name(), manager);
     if (serial == 0)
-        throw std::runtime_error("the plug-in has not asked for the objects at " + step.manager);
+        throw std::runtime_error("the plug-in has not asked for the objects at " + manager);
     dbus_message_set_reply_serial(reply.get(), serial);
     dbus_message_set_destination(reply.get(), m_pluginName.c_str());
     return reply;
@@ -234,7 +251,7 @@ BusMessage PluginWorld::snapshotReply(const Step &step)
 
 void PluginWorld::doAnswer(const Step &step)
 {
-    const BusMessage reply = snapshotReply(step);
+    const BusMessage reply = snapshotReply(step.application, step.manager);
     ArgumentWriter arguments(reply.get());
     arguments.objects(step.objects);
     if (step.kind == StepKind::AnswerWithMore)
@@ -244,7 +261,7 @@ void PluginWorld::doAnswer(const Step &step)
 
 void PluginWorld::doAnswerBadly(const Step &step)
 {
-    const BusMessage reply = snapshotReply(step);
+    const BusMessage reply = snapshotReply(step.application, step.manager);
     if (step.number == 1)
         ArgumentWriter(reply.get()).string("").objects({});
     else if (step.number == 2)
@@ -256,12 +273,15 @@ void PluginWorld::doAnswerBadly(const Step &step)
 
 void PluginWorld::doAnswerWithError(const Step &step)
 {
-    const BusMessage reply = busMessage(dbus_message_new(DBUS_MESSAGE_TYPE_ERROR));
-    const BusMessage returned = snapshotReply(step);
+    const BusMessage reply = snapshotReply(step.application, step.manager, DBUS_MESSAGE_TYPE_ERROR);
     dbus_message_set_error_name(reply.get(), DBUS_ERROR_UNKNOWN_METHOD);
-    dbus_message_set_reply_serial(reply.get(), dbus_message_get_reply_serial(returned.get()));
-    dbus_message_set_destination(reply.get(), m_pluginName.c_str());
-    ArgumentWriter(reply.get()).string("no objects here");
+    ArgumentWriter arguments(reply.get());
+    if (step.number % 2 == 0)
+        arguments.string("no objects here");
+    if (step.number < 3)
+        arguments.objects(step.objects);
+    else
+        arguments.strings({});
     send(step.application, reply);
 }
 

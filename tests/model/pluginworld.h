@@ -52,6 +52,8 @@ private:
     void doRegisterBadly(const Step &step);
     void doTakeName(const Step &step);
     void doLeave(const Step &step);
+    void doLeaveHalfWay(const Step &step);
+    void doForgeAnswer(const Step &step);
     void doClaimDeparture(const Step &step);
     void doAnswer(const Step &step);
     void doAnswerBadly(const Step &step);
@@ -77,7 +79,7 @@ private:
     BusMessage callToPlugin(const char *interface, const char *member) const;
     void send(char letter, const BusMessage &message);
     void sendSignal(char letter, const BusMessage &message);
-    BusMessage snapshotReply(const Step &step);
+    BusMessage snapshotReply(char letter, const std::string &manager, int type = DBUS_MESSAGE_TYPE_METHOD_RETURN);
 
     BusMonitor &m_monitor;
     std::string m_pluginName;

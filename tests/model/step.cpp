@@ -11,6 +11,8 @@ bool isAnswer(StepKind kind) { return kind >= StepKind::Answer && kind <= StepKi
 
 bool isReport(StepKind kind) { return kind >= StepKind::Add && kind <= StepKind::RemoveBadly; }
 
+bool isLeave(StepKind kind) { return kind == StepKind::Leave || kind == StepKind::LeaveHalfWay; }
+
 bool isCallSignal(StepKind kind) { return kind >= StepKind::Status && kind <= StepKind::RequestBadly; }
 
 bool isCommand(StepKind kind) { return kind >= StepKind::HostAnswer && kind <= StepKind::HostSplit; }

@@ -23,7 +23,9 @@ enum class StepKind {
     RegisterBadly,
     TakeName,
     Leave,
+    LeaveHalfWay,
     ClaimDeparture,
+    ForgeAnswer,
     Answer,
     AnswerWithMore,
     AnswerBadly,
@@ -97,6 +99,8 @@ bool isByApplication(StepKind kind);
 bool isAnswer(StepKind kind);
 /** Whether it tells, or pretends to tell, which interfaces an object has. */
 bool isReport(StepKind kind);
+/** Whether the application's connection ends with it. */
+bool isLeave(StepKind kind);
 /** Whether it is a signal of a call, or what looks like one. */
 bool isCallSignal(StepKind kind);
 /** Whether the host has a call do it. */

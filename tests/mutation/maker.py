@@ -1,8 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Ringlet Authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Makes the mutants of the plug-in's sources, on clang's AST."""
+"""Makes the mutants of a folder's sources, on clang's AST, and of the bus interfaces that it is made from."""
 
+import itertools
 import json
 import pathlib
 import re
@@ -11,7 +12,7 @@ import shlex
 from clang.cindex import (AccessSpecifier, CursorKind, File, Index, SourceLocation, SourceRange, TokenKind,
                           TranslationUnit, TypeKind)
 
-from mutants import Edit, Form, Mutant, flat, number_occurrences
+from mutants import Edit, Form, Mutant, difference, flat, head, number_occurrences
 
 FUNCTIONS = {CursorKind.FUNCTION_DECL, CursorKind.CXX_METHOD, CursorKind.CONSTRUCTOR, CursorKind.DESTRUCTOR}
 CLASSES = {CursorKind.CLASS_DECL, CursorKind.STRUCT_DECL}
@@ -24,6 +25,20 @@ OPERATORS = {
     "+=": ["-=", "="], "-=": ["+=", "="], "|=": ["&=", "="], "&=": ["|=", "="],
 }
 LOG_LEVELS = {"qCInfo": "qCDebug", "qCWarning": "qCInfo", "qInfo": "qDebug", "qDebug": "qInfo"}
+
+# Functions of the libraries, and what is easily taken for them.
+LIBRARY = {
+    "take": ["value"], "value": ["take"], "toUInt": ["toInt"], "toInt": ["toUInt"], "toBool": ["isValid"],
+    "all_of": ["any_of", "none_of"], "any_of": ["all_of"], "none_of": ["all_of"],
+    "cbegin": ["cend"], "cend": ["cbegin"], "begin": ["end"], "end": ["begin"], "crbegin": ["crend"],
+    "first": ["last"], "last": ["first"], "constFirst": ["constLast"], "constLast": ["constFirst"],
+    "startsWith": ["endsWith"], "endsWith": ["startsWith"], "append": ["prepend"], "prepend": ["append"],
+    "left": ["right"], "right": ["left"], "mid": ["left"], "isEmpty": ["isNull"], "isNull": ["isEmpty"],
+    "keys": ["uniqueKeys"], "removeOne": ["removeAll"], "removeAll": ["removeOne"], "remove": ["take"],
+    "min": ["max"], "max": ["min"], "qMin": ["qMax"], "qMax": ["qMin"], "write": ["read"],
+    "asyncCall": ["call"], "call": ["asyncCall"], "send": ["call"], "toString": ["toByteArray"],
+    "deleteLater": ["disconnect"], "start": ["restart"], "restart": ["start", "elapsed"],
+}
 
 # What takes the place of a value that is empty already.
 OTHER_THAN_EMPTY = {
@@ -38,15 +53,17 @@ EMPTY = re.compile(r"\w+(<.*>)?\(\)|nullptr")
 STRING_CALL = re.compile(r"\b(QStringLiteral|QLatin1String)\($")
 # In the bodies of macros, which have no AST.
 MACRO_TOKENS = {"__LINE__": "0", "Q_FUNC_INFO": "__func__", "this": "nullptr"}
+# A call as a statement: a send, a connection, a call of the host.
+SEND = re.compile(r"[\w:.>\[\]()-]+?\(.*\);$", re.DOTALL)
 SECTION = re.compile(r"^(?:public|protected|private)(?: Q_SLOTS)?:|^Q_SIGNALS:", re.MULTILINE)
 
 
-def compile_commands(build, sources):
-    """Arguments to parse each source of the tree with, by its path."""
+def compile_commands(build, sources, folder):
+    """Arguments to parse each source of the folder with, by its path."""
     commands = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
         file = pathlib.Path(entry["file"])
-        if file.is_relative_to(sources / "src"):
+        if file.is_relative_to(sources / folder):
             words = shlex.split(entry["command"])[1:]
             # Without the output and without precompiled headers, which are another compiler's.
             kept = [word for word in words if word.startswith(("-I", "-D", "-std", "-f")) and "pch" not in word]
@@ -58,9 +75,10 @@ def compile_commands(build, sources):
 class Parser:
     """Parses the tree's sources, as they are or with other texts in their place."""
 
-    def __init__(self, build, sources):
+    def __init__(self, build, sources, folder):
         self.root = sources
-        self.commands = compile_commands(build, sources)
+        self.folder = folder
+        self.commands = compile_commands(build, sources, folder)
         self.index = Index.create()
 
     def parse(self, source, texts=None):
@@ -119,21 +137,22 @@ class FileMutants:
 
     # --- Adding
 
-    def add(self, operator, edits, form=Form.EXPRESSION):
+    def add(self, operator, edits, form=Form.EXPRESSION, change=None):
         start, end = edits[0].start, edits[-1].end
         first = self.text.rfind("\n", 0, start) + 1
         last = self.text.find("\n", end)
         # Whole lines, which say more than the bare expression.
         mutant = Mutant(self.file, self.function_at(start)[0], operator, form, list(edits),
-                        self.text.count("\n", 0, start) + 1, flat(self.text[first:last]), "")
+                        self.text.count("\n", 0, start) + 1, flat(self.text[first:last]), "", change or "")
         tail = len(self.text) - last
         changed = mutant.apply(self.text)
         mutant.changed = flat(changed[first:len(changed) - tail])
+        mutant.change = change or difference(flat(self.text[start:end]), flat(changed[start:len(changed) - len(self.text) + end]))
         self.found.append(mutant)
 
-    def replace(self, operator, start, end, changed, form=Form.EXPRESSION):
+    def replace(self, operator, start, end, changed, form=Form.EXPRESSION, change=None):
         if form != Form.EXPRESSION or not self.in_macro(start, end):
-            self.add(operator, [Edit(start, end, changed)], form)
+            self.add(operator, [Edit(start, end, changed)], form, change)
 
     # --- The AST
 
@@ -145,7 +164,7 @@ class FileMutants:
             rule = RULES.get(cursor.kind)
             if rule:
                 rule(self, cursor, parent)
-        if cursor.kind == CursorKind.COMPOUND_STMT:
+        if cursor.kind == CursorKind.COMPOUND_STMT and not self.in_macro(start, end):
             self.statements(cursor)
         for child in cursor.get_children():
             if self.is_here(child):
@@ -196,16 +215,16 @@ class FileMutants:
         pair = self.operands(cursor) if cursor.kind in {CursorKind.BINARY_OPERATOR, CursorKind.CALL_EXPR} else None
         equality = pair and self.token_between(*pair)[1] in {"==", "!="}
         if not text.startswith("!") and not equality:
-            self.replace("condition negated", start, end, f"!bool({text})")
+            self.replace("condition negated", start, end, f"!bool({text})", change="not")
         for value in ["true", "false"]:
             if dropped in {None, value}:
-                self.replace("condition constant", start, end, value)
+                self.replace("condition constant", start, end, value, change=value)
 
     def unary(self, cursor, _parent=None):
         start, end = self.range(cursor)
         text = self.text[start:end]
         if text.startswith("!"):
-            self.replace("operator dropped", start, end, f"bool({text[1:]})")
+            self.replace("operator dropped", start, end, f"bool({text[1:]})", change="!")
         elif text.startswith("~"):
             self.replace("operator dropped", start, end, text[1:])
         elif text.startswith("++"):
@@ -234,16 +253,21 @@ class FileMutants:
     def integer(self, cursor, _parent):
         start, end = self.range(cursor)
         value = re.fullmatch(r"(\d+)(\w*)", self.text[start:end])
-        for change in [1, -1]:
-            if value and int(value.group(1)) + change >= 0:
-                self.replace("constant changed", start, end, str(int(value.group(1)) + change) + value.group(2))
+        if not value:
+            return
+        number = int(value.group(1))
+        others = {number + 1, number - 1, number * 2, number // 2, number * 7 // 10} if number else {1}
+        for other in sorted(others - {number}):
+            self.replace("constant changed", start, end, str(other) + value.group(2))
+        if number:
+            self.replace("constant changed", start, end, f"-{self.text[start:end]}")
 
     def boolean(self, cursor, _parent):
         start, end = self.range(cursor)
         self.replace("constant changed", start, end, "false" if self.text[start:end] == "true" else "true")
 
-    def emptied(self, cursor, operator):
-        """The value that an empty one takes the place of."""
+    def emptied(self, cursor, operator, change):
+        """The value that an empty one takes the place of; `change` says which value it is."""
         start, end = self.range(cursor)
         text = self.text[start:end]
         # Pointers to members name signals and slots; other rules change literals.
@@ -252,9 +276,9 @@ class FileMutants:
             return
         if EMPTY.fullmatch(text):
             if OTHER_THAN_EMPTY.get(text):
-                self.replace(operator, start, end, OTHER_THAN_EMPTY[text])
+                self.replace(operator, start, end, OTHER_THAN_EMPTY[text], change=change)
         elif "QStringLiteral" not in text and not self.in_macro(start, end):
-            self.replace(operator, start, end, f"emptied<decltype(({text}))>()")
+            self.replace(operator, start, end, f"emptied<decltype(({text}))>()", change=change)
 
     def call(self, cursor, parent):
         if cursor.spelling == "operator!":
@@ -268,27 +292,48 @@ class FileMutants:
         if cursor.spelling.startswith("operator") and cursor.spelling != "operator()":
             self.binary(cursor)
             if len(arguments) == 2 and cursor.spelling != "operator=":
-                self.emptied(arguments[1], "argument emptied")
+                self.emptied(arguments[1], "argument emptied", cursor.spelling)
             return
-        for argument in arguments:
-            self.emptied(argument, "argument emptied")
+        for number, argument in enumerate(arguments, 1):
+            self.emptied(argument, "argument emptied", f"{cursor.spelling} {number}")
         # A declaration's own name, and a type behind "new", are no part of an expression.
         declares = parent is not None and (parent.kind == CursorKind.VAR_DECL and start == parent.location.offset
                                            or parent.kind in {CursorKind.CONSTRUCTOR, CursorKind.CXX_NEW_EXPR})
-        for left, right in zip(arguments, arguments[1:]):
-            self.swapped_arguments(start, end, left, right, declares)
+        for left, right in itertools.combinations(enumerate(arguments, 1), 2):
+            change = f"{cursor.spelling} {left[0]} <-> {right[0]}"
+            self.swapped_arguments(start, end, left[1], right[1], declares, change)
         self.callee(cursor)
+        self.library(cursor, arguments)
 
-    def swapped_arguments(self, start, end, left, right, declares):
+    def library(self, cursor, arguments):
+        start, end = self.range(cursor)
+        text = self.text[start:end]
+        for other in LIBRARY.get(cursor.spelling, []):
+            # The last one before the arguments, for an object may be called like its function.
+            before = self.text[start:self.range(arguments[0])[0]] if arguments else text
+            at = [match.start() for match in re.finditer(rf"\b{cursor.spelling}\b", before)]
+            if at:
+                self.replace("other library call", start, end,
+                             text[:at[-1]] + other + text[at[-1] + len(cursor.spelling):],
+                             change=f"{cursor.spelling} -> {other}")
+        if cursor.spelling == "insert" and len(arguments) == 2:
+            (a, b), (c, d) = map(self.range, arguments)
+            place = re.sub(r"(\.|->)insert\($", "", self.text[start:a])
+            if place != self.text[start:a]:
+                self.replace("other library call", start, end, f"{place}[{self.text[a:b]}] = {self.text[c:d]}",
+                             change="insert -> []")
+
+    def swapped_arguments(self, start, end, left, right, declares, change):
         (a, b), (c, d) = self.range(left), self.range(right)
         types = [re.sub(r"\bconst\b| |&", "", operand.type.get_canonical().spelling) for operand in (left, right)]
         if types[0] != types[1] or self.text[a:b] == self.text[c:d] or b > c or self.in_macro(start, end):
             return
         if declares:
-            self.add("arguments swapped", [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])])
+            self.add("arguments swapped", [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])], change=change)
         else:
             self.replace("arguments swapped", start, end,
-                         self.text[start:a] + self.text[c:d] + self.text[b:c] + self.text[a:b] + self.text[d:end])
+                         self.text[start:a] + self.text[c:d] + self.text[b:c] + self.text[a:b] + self.text[d:end],
+                         change=change)
 
     def is_ours(self, cursor):
         file = cursor.location.file
@@ -313,7 +358,8 @@ class FileMutants:
         other = self.sibling(target)
         name = target.spelling if target is not None else ""
         if other and not other.startswith("operator") and self.text[at:at + len(name)] == name:
-            self.replace(operator, start, end, self.text[start:at] + other + self.text[at + len(name):end])
+            self.replace(operator, start, end, self.text[start:at] + other + self.text[at + len(name):end],
+                         change=f"{name} -> {other}")
 
     def callee(self, cursor):
         target = cursor.referenced
@@ -344,7 +390,7 @@ class FileMutants:
                 if other.type.get_canonical().spelling == target.type.get_canonical().spelling and other.spelling]
         if target.spelling in same and len(same) > 1:
             other = same[(same.index(target.spelling) + 1) % len(same)]
-            self.replace("other variable", *self.range(cursor), other)
+            self.replace("other variable", *self.range(cursor), other, change=f"{target.spelling} -> {other}")
 
     def enumerator(self, cursor, target):
         names = [other.spelling for other in target.semantic_parent.get_children()]
@@ -352,7 +398,7 @@ class FileMutants:
         start, end = self.range(cursor)
         prefix = self.text[start:end].removesuffix(target.spelling)
         for other in sorted({names[(at + 1) % len(names)], names[at - 1]}):
-            self.replace("constant changed", start, end, prefix + other)
+            self.replace("constant changed", start, end, prefix + other, change=f"{target.spelling} -> {other}")
 
     def variable(self, cursor, _parent):
         start, end = self.range(cursor)
@@ -361,13 +407,13 @@ class FileMutants:
         children = list(cursor.get_children())
         is_initialised = children and "=" in self.text[cursor.location.offset:self.range(children[-1])[0]]
         if is_initialised and cursor.type.kind != TypeKind.LVALUEREFERENCE and children[-1].kind.is_expression():
-            self.emptied(children[-1], "initialiser emptied")
+            self.emptied(children[-1], "initialiser emptied", cursor.spelling)
 
     def constructor(self, cursor, _parent):
         children = list(cursor.get_children())
         for member, value in zip(children, children[1:]):
             if member.kind == CursorKind.MEMBER_REF and self.range(value)[0] > self.range(member)[0]:
-                self.emptied(value, "initialiser emptied")
+                self.emptied(value, "initialiser emptied", member.spelling)
 
     def return_statement(self, cursor, parent):
         value = next(cursor.get_children(), None)
@@ -379,19 +425,19 @@ class FileMutants:
         result = self.function_at(start)[1]
         if kind == TypeKind.BOOL:
             if text not in {"true", "false"}:
-                self.replace("return value changed", start, end, f"return !({text});", Form.STATEMENT)
+                self.replace("return value changed", start, end, f"return !({text});", Form.STATEMENT, "not")
         elif kind in {TypeKind.INT, TypeKind.UINT, TypeKind.LONGLONG}:
-            self.replace("return value changed", start, end, f"return ({text}) + 1;", Form.STATEMENT)
+            self.replace("return value changed", start, end, f"return ({text}) + 1;", Form.STATEMENT, "+ 1")
         elif result is not None and result.kind == TypeKind.LVALUEREFERENCE:
             if result.get_pointee().is_const_qualified() and "QDBusArgument" not in result.spelling:
                 self.replace(
                     "return value changed", start, end,
-                    f"static const std::decay_t<decltype({text})> changed{{}}; return changed;", Form.STATEMENT)
+                    f"static const std::decay_t<decltype({text})> changed{{}}; return changed;", Form.STATEMENT, "empty")
         elif EMPTY.fullmatch(text):
             self.replace("return value changed", start, end, f"return {OTHER_THAN_EMPTY.get(text) or '{nullptr}'};",
-                         Form.STATEMENT)
+                         Form.STATEMENT, "not empty")
         else:
-            self.replace("return value changed", start, end, "return {};", Form.STATEMENT)
+            self.replace("return value changed", start, end, "return {};", Form.STATEMENT, "empty")
 
     # --- Statements
 
@@ -412,8 +458,10 @@ class FileMutants:
             self.statement(child, is_last=at == len(children) - 1)
             if child.kind in BODIES:
                 self.bodies(child)
-        for left, right in zip(children, children[1:]):
-            self.swapped_statements(left, right)
+        for at in range(len(children)):
+            for distance in [1, 2, 3]:
+                if at + distance < len(children):
+                    self.swapped_statements(children[at:at + distance + 1])
 
     def bodies(self, cursor):
         """Statements that stand without braces."""
@@ -432,19 +480,27 @@ class FileMutants:
         if not text.endswith((";", "}")) or cursor.kind == CursorKind.DECL_STMT:
             return
         if not (is_last and cursor.kind == CursorKind.RETURN_STMT):
-            self.replace("statement dropped", start, end, "", Form.STATEMENT)
-        if text.startswith(("emit ", "connect(", "QObject::connect(")):
-            self.replace("statement repeated", start, end, f"{text} {text}", Form.STATEMENT)
+            self.replace("statement dropped", start, end, "", Form.STATEMENT, head(text))
+        if text.startswith("emit ") or SEND.match(text):
+            self.replace("statement repeated", start, end, f"{text} {text}", Form.STATEMENT, head(text))
         for level, other in LOG_LEVELS.items():
             if text.startswith(level + "("):
                 self.replace("log level changed", start, end, other + text[len(level):], Form.STATEMENT)
 
-    def swapped_statements(self, left, right):
-        if CursorKind.RETURN_STMT in {left.kind, right.kind} or left.kind == right.kind == CursorKind.DECL_STMT:
+    def swapped_statements(self, between):
+        """The first and the last of some statements in a row."""
+        left, right = between[0], between[-1]
+        kinds = {statement.kind for statement in between}
+        if CursorKind.RETURN_STMT in {left.kind, right.kind} or left.kind == right.kind == CursorKind.DECL_STMT \
+                or len(between) > 2 and CursorKind.DECL_STMT in kinds:
             return
         (a, b), (c, d) = self.statement_range(left), self.statement_range(right)
-        form = Form.TEXT if CursorKind.DECL_STMT in {left.kind, right.kind} else Form.SWAP
-        self.add("statements swapped", [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])], form)
+        if self.text[a:b] == self.text[c:d]:
+            return
+        form = Form.TEXT if CursorKind.DECL_STMT in kinds else Form.SWAP
+        operator = "statements swapped" if len(between) == 2 else "statements swapped over a distance"
+        self.add(operator, [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])], form,
+                 f"{head(self.text[a:b])} <-> {head(self.text[c:d])}")
 
     # --- Texts
 
@@ -463,13 +519,14 @@ class FileMutants:
         if "#" in line or text[0] not in "\"'":
             return
         if text[0] == "'":
-            self.add("text changed", [Edit(start, end, f"'{chr(ord(text[1]) + 1)}'")])
+            self.add("text changed", [Edit(start, end, f"'{chr(ord(text[1]) + 1)}'")], change=text)
             return
         call = STRING_CALL.search(self.text[:start])
         first, last = (call.start(), end + 1) if call else (start, end)
         others = [text[:-1] + '~"', '""'] if text != '""' else ['"~"']
         for other in others:
-            self.add("text changed", [Edit(first, last, self.text[first:start] + other + self.text[end:last])], form)
+            self.add("text changed", [Edit(first, last, self.text[first:start] + other + self.text[end:last])], form,
+                     f"{text} -> {other}")
 
     def macro_bodies(self):
         for macro in re.finditer(r"^#define (\w+)\(\) (.*)$", self.text, re.MULTILINE):
@@ -483,7 +540,7 @@ class FileMutants:
                 elif text.startswith('"'):
                     self.add("text changed", [Edit(at, end, text[:-1] + '~"')])
         for macro in re.finditer(r"^ *(Q_CONSTRUCTOR_FUNCTION|Q_INTERFACES)\(\w+\)$", self.text, re.MULTILINE):
-            self.add("declaration dropped", [Edit(macro.start(), macro.end(), "")], Form.TEXT)
+            self.add("declaration dropped", [Edit(macro.start(), macro.end(), "")], Form.TEXT, macro.group(1))
 
     # --- Declarations
 
@@ -518,7 +575,8 @@ class FileMutants:
 
     def swapped_declarations(self, operator, left, right):
         (a, b), (c, d) = (self.statement_range(cursor) for cursor in (left, right))
-        self.add(operator, [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])], Form.TEXT)
+        self.add(operator, [Edit(a, b, self.text[c:d]), Edit(c, d, self.text[a:b])], Form.TEXT,
+                 f"{left.spelling} <-> {right.spelling}")
 
 
 RULES = {
@@ -540,26 +598,71 @@ RULES = {
 }
 
 
+def text_mutants(root, file, operator, pattern, changes, function="-"):
+    """What stands in the first group of each match, changed into each of the texts that `changes` gives."""
+    text = (root / file).read_text(encoding="ascii")
+    for match in re.finditer(pattern, text, re.MULTILINE | re.DOTALL):
+        for other in changes(match.group(1)):
+            line = text.count("\n", 0, match.start(1)) + 1
+            place = function if function == "-" else owner_in(text, match.start(1))
+            yield Mutant(file, place, operator, Form.TEXT, [Edit(match.start(1), match.end(1), other)], line,
+                         flat(match.group(1)), flat(other), f"{flat(match.group(1))[:60]} -> {flat(other)}".strip())
+
+
+def owner_in(text, offset):
+    """The method, signal or property of an interface file that the offset is in, or behind whose head it is."""
+    heads = re.findall(r'<(?:method|signal|property) name="(\w+)"', text[:text.find(">", offset)])
+    return heads[-1] if heads else "interface"
+
+
 def linker_mutants(root):
     """What the plug-in's link says of its symbols and of its unloading."""
-    for file, pattern, operator in [("src/plugin/exports.map", r"^ +[\w*]+;$", "export dropped"),
-                                    ("src/CMakeLists.txt", r"^ +LINKER:[^\s)]+", "link option dropped")]:
-        text = (root / file).read_text(encoding="ascii")
-        for match in re.finditer(pattern, text, re.MULTILINE):
-            yield Mutant(file, "-", operator, Form.TEXT, [Edit(match.start(), match.end(), "")],
-                         text.count("\n", 0, match.start()) + 1, match.group().strip(), "")
+    yield from text_mutants(root, "src/plugin/exports.map", "export dropped", r"^( +[\w*]+;)$", lambda _: [""])
+    yield from text_mutants(root, "src/CMakeLists.txt", "link option dropped", r"^ +(LINKER:[^\s)]+)", lambda _: [""])
 
 
-def sources_of(root):
+OTHER_TYPES = {"u": "i", "i": "u", "s": "o", "o": "s", "b": "u", "as": "s", "v": "s"}
+OTHER_ACCESS = {"read": "readwrite", "readwrite": "read", "write": "read"}
+# A whole method, signal, property, argument or annotation.
+ELEMENT = r'^( +<(?:{0})\b[^>]*?(?:/>|>.*?^ +</(?:{0})>|>[^\n]*</(?:{0})>))$'
+
+
+def interface_mutants(root, file):
+    """Names, types, directions and annotations of a bus interface."""
+    found = []
+    for operator, pattern, changes in [
+            ("interface name changed", r'\bname="([^"]+)"', lambda name: [name + "X"]),
+            ("interface type changed", r'\btype="([^"]+)"', lambda type_: [OTHER_TYPES.get(type_, "s")]),
+            ("interface direction changed", r'\bdirection="(\w+)"', lambda way: ["in" if way == "out" else "out"]),
+            ("interface access changed", r'\baccess="(\w+)"', lambda access: [OTHER_ACCESS[access]]),
+            ("interface element dropped", ELEMENT.format("annotation"), lambda _: [""]),
+            ("interface element dropped", ELEMENT.format("arg"), lambda _: [""]),
+            ("interface element dropped", ELEMENT.format("method|signal|property"), lambda _: [""])]:
+        found += text_mutants(root, file, operator, pattern, changes, "interface")
+    return found
+
+
+def interfaces_of(root, folder):
+    """The bus interfaces that a folder is made from."""
+    used = set()
+    for file in (root / folder).rglob("*"):
+        if file.name == "CMakeLists.txt":
+            used |= set(re.findall(r"ringlet_dbus_(?:adaptor|proxy)\(\w+ ([\w.]+)", file.read_text(encoding="utf-8")))
+        elif file.suffix == ".qrc":
+            used |= set(re.findall(r"([\w.]+)\.xml", file.read_text(encoding="utf-8")))
+    return [f"dbus/{name}.xml" for name in sorted(used) if (root / f"dbus/{name}.xml").exists()]
+
+
+def sources_of(root, folder):
     """Paths of the files whose AST is looked at."""
-    return sorted(path.relative_to(root).as_posix() for path in (root / "src").rglob("*")
+    return sorted(path.relative_to(root).as_posix() for path in (root / folder).rglob("*")
                   if path.suffix in {".h", ".cpp"})
 
 
 def make(parser):
     """All mutants, and for each file the ranges of its constexpr variables."""
-    files, found, constants = set(sources_of(parser.root)), [], {}
-    for source in sorted(file for file in files if file.endswith(".cpp")):
+    files, found, constants = set(sources_of(parser.root, parser.folder)), [], {}
+    for source in sorted(file for file in files if file in parser.commands):
         unit = parser.parse(source)
         errors = [str(diagnostic) for diagnostic in unit.diagnostics if diagnostic.severity >= 3]
         if errors:
@@ -572,4 +675,8 @@ def make(parser):
             files.discard(file)
     if files:
         raise RuntimeError(f"no source includes {', '.join(sorted(files))}")
-    return number_occurrences(found + list(linker_mutants(parser.root))), constants
+    if parser.folder == "src":
+        found += linker_mutants(parser.root)
+    for interface in interfaces_of(parser.root, parser.folder):
+        found += interface_mutants(parser.root, interface)
+    return number_occurrences(found), constants

@@ -35,13 +35,20 @@ class Mutant:
     line: int
     original: str  # text of the lines concerned, on one line
     changed: str   # the same after the change
+    change: str    # what tells it from others of its kind in the function, in a few words of the code
     occurrence: int = 1  # counts mutants of one function that are otherwise the same
     number: int = 0      # in the program that holds many; 0 when it is not in there
 
     @property
     def key(self):
-        """Says which mutant it is as long as the text around it stays: no line number."""
-        return (self.file, self.function, self.operator, self.original, self.changed, self.occurrence)
+        """Says which mutant it is, whatever is written around it."""
+        return (self.file, self.function, self.operator, self.change, self.occurrence)
+
+    @property
+    def name(self):
+        """The key as one line."""
+        occurrence = f" #{self.occurrence}" if self.occurrence > 1 else ""
+        return f"{self.file} {self.function}: {self.operator}: {self.change}{occurrence}"
 
     @property
     def id(self):
@@ -62,8 +69,40 @@ def flat(text):
     return " ".join(COMMENT.sub(lambda match: match.group(1) or " ", text).split())
 
 
+TOKEN = re.compile(r'"(?:[^"\\]|\\.)*"|\w+|->|::|&&|\|\||<<|>>|[-+*/|&=!<>]=|[^\w\s]')
+
+
+def difference(original, changed):
+    """Two texts' words that are not in the other one, as "these -> those"."""
+    before, after = TOKEN.findall(original), TOKEN.findall(changed)
+    while before and after and before[0] == after[0]:
+        before, after = before[1:], after[1:]
+    while before and after and before[-1] == after[-1]:
+        before, after = before[:-1], after[:-1]
+    return f"{' '.join(before)} -> {' '.join(after)}".strip()
+
+
+NAME = r"(?:\w+(?:->|\.|::))*~?(\w+)"
+HEADS = [
+    (re.compile(r"(if|for|while|switch|return|delete)\b"), "{}"),
+    (re.compile(rf"emit\s+{NAME}"), "emit {}"),
+    (re.compile(rf"{NAME}\s*(?:<[^;]*?>)?\("), "{}()"),
+    (re.compile(rf"{NAME}(?:\[[^\]]*\])?\s*[-+|&]?="), "{} ="),
+    (re.compile(r"[\w:<>,\s*&]*?(\w+)\s*[=;({]"), "{} declared"),
+]
+
+
+def head(statement):
+    """What a statement does, in a word."""
+    for pattern, form in HEADS:
+        match = pattern.match(statement)
+        if match:
+            return form.format(match.group(1))
+    return TOKEN.findall(statement)[0]
+
+
 def number_occurrences(mutants):
-    """Tells apart what has the same text in the same function; drops what is the same altogether, or no change."""
+    """Tells apart what is called the same in the same function; drops what is the same altogether, or no change."""
     seen, counts, kept = set(), {}, []
     for mutant in mutants:
         effect = (mutant.file, tuple(mutant.edits))

@@ -1,8 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The Ringlet Authors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What scripts/mutate is made of, but for the part that needs clang."""
+"""What scripts/check mutate is made of, but for the part that needs clang."""
 
+import contextlib
+import io
 import os
 import pathlib
 import subprocess
@@ -17,7 +19,7 @@ import mutate
 import results
 import schemata
 import suite
-from mutants import Edit, Form, Mutant, flat, from_json, number_occurrences, to_json
+from mutants import Edit, Form, Mutant, difference, flat, from_json, head, number_occurrences, to_json
 
 TEXT = """// Whose it is.
 int f(int a)
@@ -32,7 +34,8 @@ int f(int a)
 def mutant(form, *edits, number=1, operator="op", file="src/f.cpp"):
     """Edits are given as (old, new) of the text above; old texts are unique."""
     places = [Edit(TEXT.index(old), TEXT.index(old) + len(old), new) for old, new in edits]
-    found = Mutant(file, "f", operator, form, places, 1, edits[0][0], edits[0][1])
+    found = Mutant(file, "f", operator, form, places, 1, edits[0][0], edits[0][1],
+                   difference(*edits[0]))
     found.number = number
     return found
 
@@ -47,18 +50,31 @@ class MutantTest(unittest.TestCase):
         original = mutant(Form.EXPRESSION, ("a + 1", "a - 1"))
         self.assertEqual(from_json(to_json(original)), original)
 
-    def test_keeps_its_id_when_it_moves(self):
+    def test_keeps_its_id_whatever_is_written_around_it(self):
         first, second = mutant(Form.EXPRESSION, ("a + 1", "a - 1")), mutant(Form.EXPRESSION, ("a + 1", "a - 1"))
-        second.line, second.number = 77, 5
+        second.line, second.number, second.original, second.changed = 77, 5, "b + 1", "b - 1"
         self.assertEqual(first.id, second.id)
-        second.changed = "a * 1"
+        self.assertEqual(first.name, "src/f.cpp f: op: + -> -")
+        second.change = "+ -> *"
         self.assertNotEqual(first.id, second.id)
 
-    def test_is_counted_when_another_reads_the_same_and_dropped_when_it_is_the_same(self):
+    def test_is_counted_when_another_is_called_the_same_and_dropped_when_it_is_the_same(self):
         first, second = mutant(Form.STATEMENT, ("use(a);", "")), mutant(Form.STATEMENT, ("use(a);", ""))
         third = mutant(Form.STATEMENT, ("emit done();", ""))
-        third.original = first.original
+        third.change = first.change
         self.assertEqual([item.occurrence for item in number_occurrences([first, second, third])], [1, 2])
+
+    def test_is_called_by_what_differs(self):
+        for before, after, change in [("a + 1", "a - 1", "+ -> -"), ("f(a, 1000)", "f(a, 999)", "1000 -> 999"),
+                                      ('g("x y")', 'g("")', '"x y" -> ""'), ("!a", "bool(a)", "! a -> bool ( a )")]:
+            self.assertEqual(difference(before, after), change)
+
+    def test_statements_are_called_by_what_they_do(self):
+        for statement, name in [("d->proxy->Accept();", "Accept()"), ("emit q->told(a(b));", "emit told"),
+                                ("if (a) b();", "if"), ("d->total += f();", "total ="), ("return f();", "return"),
+                                ("const QString id = f();", "id declared"), ("Host::add(a, b);", "add()"),
+                                ("a[f(b)] = c;", "a ="), ("++a;", "+")]:
+            self.assertEqual(head(statement), name)
 
     def test_flat_text_has_no_comments_but_texts_that_look_like_them(self):
         self.assertEqual(flat('a("//b"); // c\n  /* d\n e */ f'), 'a("//b"); f')
@@ -87,10 +103,10 @@ class SchemataTest(unittest.TestCase):
         self.assertIn("{ if (!mutant(1)) { { use(a); } } }", text)
         self.assertIn("{ { if (mutant(2)) { emit done(); emit done(); } else { emit done(); } } }", text)
 
-    def test_later_statement_runs_first_and_not_again(self):
+    def test_statements_take_each_others_place(self):
         text = self.written(mutant(Form.SWAP, ("use(a);", "emit done();"), ("emit done();", "use(a);"))).text
-        self.assertIn("{ if (mutant(1)) { emit done(); } { { use(a); } } }", text)
-        self.assertIn("{ if (!mutant(1)) { { emit done(); } } }", text)
+        self.assertIn("{ { if (mutant(1)) { emit done(); } else { use(a); } } }", text)
+        self.assertIn("{ { if (mutant(1)) { use(a); } else { emit done(); } } }", text)
 
     def test_lines_stay_where_they_are(self):
         text = self.written(mutant(Form.SWAP, ("use(a);", "emit done();"), ("emit done();", "use(a);"))).text
@@ -99,7 +115,7 @@ class SchemataTest(unittest.TestCase):
 
     def test_constants_are_made_at_run_time_when_they_have_mutants(self):
         text = "//\nconstexpr int a = 1;\nconstexpr int b = 2;\n"
-        found = Mutant("src/f.h", "-", "op", Form.EXPRESSION, [Edit(21, 22, "2")], 1, "1", "2", number=3)
+        found = Mutant("src/f.h", "-", "op", Form.EXPRESSION, [Edit(21, 22, "2")], 1, "1", "2", "1 -> 2", number=3)
         self.assertEqual(schemata.Schemata(text, [found], [(3, 23), (24, 44)]).text,
                          f"{schemata.INCLUDE}\nconst int a = (mutant(3) ? (2) : (1));\nconstexpr int b = 2;\n")
 
@@ -162,23 +178,96 @@ class ResultsTest(unittest.TestCase):
 
 
 class EquivalentsTest(unittest.TestCase):
-    def test_mutants_are_found_by_their_text(self):
+    def test_mutants_are_found_by_their_names(self):
         first, second = mutant(Form.STATEMENT, ("use(a);", "")), mutant(Form.STATEMENT, ("emit done();", ""))
-        entries = "\n\n".join(map(equivalents.entry, [first, second]))
-        reasons = equivalents.read(f"# Because\n# of this.\n\n{entries}\n")
+        reasons = equivalents.read(f"# Because\n# of this.\n\n{first.name}\n{second.name}\n")
         found, stale = equivalents.match(reasons, [first])
         self.assertEqual(found, {first.id: "Because of this."})
-        self.assertEqual(stale, [equivalents.entry(second)])
+        self.assertEqual(stale, [second.name])
 
     def test_other_text_is_refused(self):
-        entry = equivalents.entry(mutant(Form.STATEMENT, ("use(a);", "")))
-        for text in [entry, f"# why\n{entry}\n\n{entry}", "# why\nsrc/f.cpp: f: op\n- a",
-                     "# why\nsrc/f.cpp: f: op\n+ a\n- b"]:
+        name = mutant(Form.STATEMENT, ("use(a);", "")).name
+        for text in [name, f"# why\n{name}\n{name}", "# why\nsrc/f.cpp f: op"]:
             with self.assertRaises(ValueError):
                 equivalents.read(text)
 
     def test_the_list_in_the_tree_can_be_read(self):
         equivalents.read((mutate.HERE / "equivalent.txt").read_text(encoding="utf-8"))
+
+
+class Work:
+    """As much of a run as a report needs."""
+
+    def __init__(self, mutants):
+        self.target = mutate.TARGETS[0]
+        self.mutants = mutants
+
+
+class ReportTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.page = pathlib.Path(folder.name) / "page.md"
+        self.page.write_text("before\n<!-- mutants of src -->\nold\n<!-- end -->\nbehind\n<!-- end -->\n")
+        self.results = results.Results(pathlib.Path(folder.name) / "results", pathlib.Path(folder.name), [], [])
+        self.mutants = [mutant(Form.STATEMENT, ("use(a);", "")), mutant(Form.STATEMENT, ("emit done();", "")),
+                        mutant(Form.EXPRESSION, ("a + 1", "a - 1"), operator="other")]
+        self.equal = {self.mutants[1].id: "why"}
+
+    def report(self):
+        output = io.StringIO()
+        with unittest.mock.patch.object(mutate, "PAGE", self.page), contextlib.redirect_stdout(output):
+            well = mutate.report(Work(self.mutants), self.mutants, self.results, self.equal, [])
+        return well, output.getvalue()
+
+    def finish(self):
+        test = suite.Test("A.a", [], "", {}, "a_test.cpp")
+        self.results.add(self.mutants[0], "plain", "killed", test, "failed")
+        self.results.add(self.mutants[2], "plain", "killed", test, "failed")
+        for build in mutate.BUILDS:
+            self.results.add(self.mutants[1], build, "survived")
+
+    def test_a_run_that_is_cut_short_prints_no_score_and_writes_nothing(self):
+        before = self.page.read_text()
+        self.finish()
+        self.mutants.append(mutant(Form.EXPRESSION, ("a + 1", "a * 1"), operator="other"))
+        well, text = self.report()
+        self.assertFalse(well)
+        self.assertIn("1 of 4 mutants have not been run to the end", text)
+        self.assertNotIn("%", text)
+        self.assertEqual(self.page.read_text(), before)
+
+    def test_what_is_listed_as_equal_has_to_be_looked_at_to_the_end(self):
+        self.finish()
+        for build in mutate.BUILDS:
+            known = dict(self.results.known)
+            self.results.known.pop((self.mutants[1].id, build))
+            self.assertIn("1 of 3 mutants", self.report()[1])
+            self.results.known = known
+
+    def test_the_page_gets_a_table_that_adds_up(self):
+        self.finish()
+        well, _ = self.report()
+        self.assertTrue(well)
+        page = self.page.read_text()
+        self.assertIn("| op | 2 | 1 | 1 | 0 | 0 |", page)
+        self.assertIn("| all | 3 | 2 | 1 | 0 | 0 |", page)
+        self.assertTrue(page.startswith("before\n") and page.endswith("<!-- end -->\nbehind\n<!-- end -->\n"))
+        self.assertNotIn("old", page)
+
+    def test_an_entry_that_is_noticed_fails_the_run(self):
+        self.finish()
+        self.results.add(self.mutants[1], "observed", "killed", suite.Test("B.b", [], "", {}, "b"), "failed")
+        well, text = self.report()
+        self.assertFalse(well)
+        self.assertIn(f"listed as equal, but was noticed: {self.mutants[1].id}", text)
+
+    def test_a_survivor_fails_the_run_where_all_have_to_be_noticed(self):
+        self.finish()
+        self.equal = {}
+        well, text = self.report()
+        self.assertFalse(well)
+        self.assertIn("66.7 % of the 3", text)
 
 
 class OrderTest(unittest.TestCase):

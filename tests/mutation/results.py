@@ -8,9 +8,11 @@ import json
 
 
 def digest(root, files):
-    """Of the files' names and contents."""
+    """Of the names and contents of the files, and of what is in the folders."""
     whole = hashlib.sha256()
-    for file in sorted(files):
+    found = {path for file in files for path in ([root / file] if (root / file).is_file() else (root / file).rglob("*"))
+             if path.is_file() and "__pycache__" not in path.parts}
+    for file in sorted(path.relative_to(root).as_posix() for path in found):
         whole.update(f"{file}\0".encode() + hashlib.sha256((root / file).read_bytes()).digest())
     return whole.hexdigest()[:16]
 
@@ -24,8 +26,10 @@ class Results:
     """
 
     def __init__(self, path, root, sources, tests):
+        """`sources` and `tests` are files or folders."""
         self.path = path
-        self.digests = {file: digest(root, [file]) for file in [*sources, *tests]}
+        self.root = root
+        self.digests = {}
         self.everything = digest(root, [*sources, *tests])
         self.known = {}
         if path.exists():
@@ -41,7 +45,12 @@ class Results:
 
     def condition(self, state, file, source):
         """What a result depends on, as it is now."""
-        return [self.digests.get(file), self.digests.get(source)] if state == "killed" else [self.everything]
+        return [self.digest_of(file), self.digest_of(source)] if state == "killed" else [self.everything]
+
+    def digest_of(self, file):
+        if file and file not in self.digests:
+            self.digests[file] = digest(self.root, [file])
+        return self.digests.get(file)
 
     def get(self, mutant, build):
         return self.known.get((mutant.id, build))

@@ -20,7 +20,6 @@ class Node:
     end: int
     expressions: list = dataclasses.field(default_factory=list)  # (mutant, text in its place)
     statements: list = dataclasses.field(default_factory=list)   # (mutant, text in its place)
-    before: list = dataclasses.field(default_factory=list)       # (mutant, text to run first)
     dropped: list = dataclasses.field(default_factory=list)      # mutants
     plain: str = None  # takes the place whatever mutant is on
 
@@ -40,9 +39,8 @@ def nodes_of(text, mutants, constants):
 
     for mutant in mutants:
         if mutant.form == Form.SWAP:
-            first, second = mutant.edits
-            node(first).before.append((mutant, flat(first.changed)))
-            node(second).dropped.append(mutant)
+            for edit in mutant.edits:
+                node(edit).statements.append((mutant, flat(edit.changed)))
         elif mutant.form == Form.STATEMENT:
             (edit,) = mutant.edits
             if edit.changed:
@@ -60,7 +58,7 @@ def nodes_of(text, mutants, constants):
 
 
 def mutants_of(node):
-    return [mutant for mutant, _ in node.expressions + node.statements + node.before] + node.dropped
+    return [mutant for mutant, _ in node.expressions + node.statements] + node.dropped
 
 
 # Takes the place of the first line, a comment, so that all lines keep their numbers.
@@ -131,8 +129,6 @@ class Schemata:
 
     def put_statement(self, node):
         self.put("{ ")
-        for mutant, first in node.before:
-            self.put(f"if (mutant({mutant.number})) {{ {first} }} ", mutant)
         for mutant in node.dropped:
             self.put(f"if (!mutant({mutant.number})) ", mutant)
         self.put("{ ")
@@ -192,13 +188,14 @@ def fits(parser, mutants, constants, say):
 
 
 def bad_mutants(parser, source, texts, written):
-    bad = []
+    bad, errors = [], []
     for diagnostic in parser.parse(source, texts).diagnostics:
         if diagnostic.severity >= 3:
-            owners = owners_of(diagnostic, parser.root, written)
-            if not owners:
-                raise RuntimeError(f"{diagnostic}: no mutant is there")
-            bad += [owner for owner in owners if owner not in bad]
+            errors.append(str(diagnostic))
+            bad += [owner for owner in owners_of(diagnostic, parser.root, written) if owner not in bad]
+    # One error brings others, where no mutant is.
+    if errors and not bad:
+        raise RuntimeError(f"{errors[0]}: no mutant is there")
     return bad
 
 

@@ -116,28 +116,33 @@ def end_session(process):
     process.wait()
 
 
-def source_of(command, tree):
-    """The file of the tree that a test's command runs: a script, or the program made of the source beside it."""
+def source_of(command, tree, folder):
+    """The file of the tree that a test's command runs: a script, or the source of the program; else the folder."""
     for word in command:
         if word.endswith(".py"):
             return pathlib.Path(word).relative_to(tree).as_posix()
-    program = pathlib.Path(command[0])
-    (source,) = tree.glob(f"tests/*/{program.name}.cpp")
-    return source.relative_to(tree).as_posix()
+    name = pathlib.Path(command[0]).name
+    for source in [name, name.removeprefix(f"{pathlib.Path(folder).name}_")]:
+        if (tree / folder / f"{source}.cpp").exists():
+            return f"{folder}/{source}.cpp"
+    return folder
 
 
-def tests_of(build, tree, sources):
-    """The tests of the build that are written in these files."""
-    listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, check=True, stdout=subprocess.PIPE).stdout
+def tests_of(build, tree, folders):
+    """The tests of the build in these folders; of each those whose names match its pattern."""
     tests = []
-    for entry in json.loads(listing)["tests"]:
-        properties = {item["name"]: item["value"] for item in entry["properties"]}
-        if "command" not in entry:
-            raise RuntimeError(f"{entry['name']} is not built")
-        source = source_of(entry["command"], tree)
-        if source in sources:
+    for folder, pattern in folders.items():
+        listing = subprocess.run(["ctest", "--show-only=json-v1", "-R", pattern], cwd=build / folder, check=True,
+                                 stdout=subprocess.PIPE).stdout
+        for entry in json.loads(listing)["tests"]:
+            properties = {item["name"]: item["value"] for item in entry["properties"]}
+            if "command" not in entry:
+                raise RuntimeError(f"{entry['name']} is not built")
             environment = dict(item.split("=", 1) for item in properties.get("ENVIRONMENT", []))
-            tests.append(Test(entry["name"], entry["command"], properties["WORKING_DIRECTORY"], environment, source))
+            tests.append(Test(entry["name"], entry["command"], properties["WORKING_DIRECTORY"], environment,
+                              source_of(entry["command"], tree, folder)))
+    if not tests:
+        raise RuntimeError(f"there are no tests in {', '.join(folders)}")
     return tests
 
 

@@ -42,7 +42,8 @@ Options Options::read()
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Applications register with one host, have calls and leave, until the numbers are reached. At the end the\n"
-        "host has to hold exactly what it held at the beginning.\n\n"
+        "host has to hold what it held at the beginning: exactly the same of all that is counted, and of memory no\n"
+        "more than a little for each call.\n\n"
         "Exit codes: 0 it does, 1 it does not, or something did not work, 2 wrong command line."));
     const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions({
@@ -53,9 +54,10 @@ Options Options::read()
         option("patience", "How long what is left may take to go away; 20 seconds by default.", "SECONDS"),
         option("plugin", "Load this plug-in instead of the one that was built.", "FILE"),
         option("log", "The host's log goes to this file; otherwise it is dropped.", "FILE"),
+        option("report", "What was found goes to this file as a table in Markdown, too.", "FILE"),
         option("leak",
             "Loses one of these in the host now and then, to see that it is noticed: descriptor, memory, object,\n"
-            "pending-call, rule, thread.",
+            "pending-call, rule, thread; or call-memory, 11 bytes for each call.",
             "KIND"),
     });
     if (!parser.parse(QCoreApplication::arguments()))
@@ -77,6 +79,7 @@ Options Options::read()
     if (parser.isSet(QStringLiteral("plugin")))
         options.plugin = parser.value(QStringLiteral("plugin"));
     options.log = parser.value(QStringLiteral("log"));
+    options.report = parser.value(QStringLiteral("report"));
     options.leak = parser.value(QStringLiteral("leak"));
     return options;
 }

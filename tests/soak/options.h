@@ -15,7 +15,8 @@ struct Options
     int patience = 20; // seconds for what is left to go away
     QString plugin = QStringLiteral(RINGLET_PLUGIN);
     QString log; // where the host's log goes; nowhere when empty
-    QString leak; // what the probe loses at each look, to see that it is noticed
+    QString report; // where the table of what was found goes; nowhere when empty
+    QString leak; // what the probe loses at each look or call, to see that it is noticed
 
     /** Reads it. Where it is wrong, says so and ends the program with exit code 2. */
     static Options read();

@@ -5,9 +5,13 @@
 
 #include "waitfor.h"
 
+#include <QtCore/QDate>
+#include <QtCore/QFile>
+#include <QtDBus/QDBusMessage>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <stdexcept>
 
 namespace {
@@ -17,8 +21,10 @@ constexpr int samples = 100;
 constexpr double mebibyte = 1024 * 1024;
 // A mebibyte after 100,000 calls.
 constexpr double mostGrowthPerCall = mebibyte / 100000;
-// What still grows to its size after the first calls, whatever their number.
-constexpr double heapNoise = 64 * 1024;
+// The heap at rest, from before the first call to behind the last one. Tables that grow to their size and do not
+// shrink take some 50 to 85 KiB, whatever the number of calls.
+constexpr double mostHeapAtOnce = 112 * 1024;
+constexpr double mostHeapPerCall = 1;
 // Below this a few pages more or less are all that could be seen.
 constexpr int callsToJudgeGrowth = 50000;
 
@@ -34,6 +40,7 @@ Soak::Soak(const Options &options)
     m_load.check = [this] { checkHost(); };
     const int interval = std::max(1, m_options.calls / samples);
     m_load.onCallEnded = [this, interval] {
+        loseAtCall();
         if (m_load.calls() % interval == 0)
             sample();
     };
@@ -46,9 +53,7 @@ bool Soak::run()
     m_load.welcomeResident();
     const Inventory begin = atRest();
     m_clock.start();
-    m_load.run(m_options.registrations / 2, m_options.calls / 2);
-    const Inventory middle = settled(begin);
-    m_load.run(m_options.registrations - m_options.registrations / 2, m_options.calls - m_options.calls / 2);
+    m_load.run(m_options.registrations, m_options.calls);
     const Inventory end = settled(begin);
     m_load.dismissResident();
     const Inventory aloneAgain = settled(alone);
@@ -57,8 +62,9 @@ bool Soak::run()
         m_load.registrations(), m_load.calls(), double(m_clock.elapsed()) / 1000, m_load.hurried());
     // Each of them, whatever the others say.
     const bool good[] = {judgeCounts("with the one that stayed", begin, end),
-        judgeCounts("before it came, and when it had left", alone, aloneAgain), judgeHeap(middle, end), judgeGrowth(),
+        judgeCounts("before it came, and when it had left", alone, aloneAgain), judgeHeap(begin, end), judgeGrowth(),
         endHost()};
+    writeReport({alone, begin, end, aloneAgain});
     return std::all_of(std::begin(good), std::end(good), [](bool one) { return one; });
 }
 
@@ -66,8 +72,10 @@ void Soak::startHost()
 {
     m_bus.useAsSessionBus();
     m_host.setStandardErrorFile(m_options.log.isEmpty() ? QProcess::nullDevice() : m_options.log);
-    const QStringList environment = {QStringLiteral("SOAK_LEAK=") + m_options.leak,
-        QStringLiteral("SOAK_SILENT_PEER=") + QString::fromStdString(m_load.silentPeer())};
+    // Without the allocator's cache of each thread: what lies there counts as in use, some 400 KiB once it is full.
+    const QStringList environment
+        = {QStringLiteral("GLIBC_TUNABLES=glibc.malloc.tcache_count=0"), QStringLiteral("SOAK_LEAK=") + m_options.leak,
+            QStringLiteral("SOAK_SILENT_PEER=") + QString::fromStdString(m_load.silentPeer())};
     const bool started = m_host.start(QStringLiteral(VOICECALLD),
         {QStringLiteral("--plugin"), QStringLiteral(SOAK_PROBE), QStringLiteral("--plugin"), m_options.plugin},
         environment);
@@ -93,6 +101,14 @@ void Soak::sample()
         m_load.registrations(), double(now.resident) / mebibyte, double(now.heap) / mebibyte,
         double(m_clock.elapsed()) / 1000);
     std::fflush(stdout);
+}
+
+void Soak::loseAtCall()
+{
+    if (!m_options.leak.isEmpty())
+        m_connection.send(QDBusMessage::createMethodCall(QString::fromStdString(HostClient::name),
+            QStringLiteral("/org/ringlet/soakprobe"), QStringLiteral("org.ringlet.SoakProbe"),
+            QStringLiteral("EndCall")));
 }
 
 // Two looks in a row that show the same.
@@ -128,19 +144,19 @@ bool Soak::judgeCounts(const char *when, const Inventory &begin, const Inventory
     return isGood;
 }
 
-bool Soak::judgeHeap(const Inventory &middle, const Inventory &end) const
+bool Soak::judgeHeap(const Inventory &begin, const Inventory &end) const
 {
-    const int calls = m_options.calls - m_options.calls / 2;
-    const double growth = double(end.heap - middle.heap);
-    std::printf("heap at rest after the first half %lld bytes, at the end %lld, %.2f more for each call: ", middle.heap,
-        end.heap, growth / calls);
+    const double growth = double(end.heap - begin.heap);
+    const double allowed = mostHeapAtOnce + mostHeapPerCall * m_options.calls;
+    std::printf("heap at rest before the first call %lld bytes, behind the last %lld, %.2f more for each call, at most "
+                "%.2f allowed: ",
+        begin.heap, end.heap, growth / m_options.calls, allowed / m_options.calls);
     if (end.heap == 0) {
         std::printf("not known\n");
         return true;
     }
-    const bool isGood = growth <= heapNoise + mostGrowthPerCall * calls;
-    std::printf("%s\n", verdict(isGood));
-    return isGood;
+    std::printf("%s\n", verdict(growth <= allowed));
+    return growth <= allowed;
 }
 
 bool Soak::judgeGrowth() const
@@ -162,4 +178,35 @@ bool Soak::endHost()
     const int code = m_host.waitForExit();
     std::printf("host ends with exit code %d: %s\n", code, verdict(code == 0));
     return code == 0;
+}
+
+void Soak::writeReport(const QVector<Inventory> &looks) const
+{
+    if (m_options.report.isEmpty())
+        return;
+    QString text
+        = QStringLiteral("| | begin | with the resident | at its last call's end | end |\n|---|---|---|---|---|\n");
+    const auto addLine = [&](const QString &name, const std::function<qint64(const Inventory &)> &value) {
+        text += QStringLiteral("| ") + name;
+        for (const Inventory &look : looks)
+            text += QStringLiteral(" | %L1").arg(value(look));
+        text += QStringLiteral(" |\n");
+    };
+    for (int i = 0; i < looks.constFirst().counts.size(); ++i)
+        addLine(QString::fromLatin1(looks.constFirst().counts.at(i).name),
+            [=](const Inventory &look) { return look.counts.at(i).value; });
+    addLine(QStringLiteral("heap, bytes"), [](const Inventory &look) { return look.heap; });
+    addLine(QStringLiteral("resident memory, KiB"), [](const Inventory &look) { return look.resident / 1024; });
+    text
+        += QStringLiteral("\n%L1 registrations and %L2 calls in %L3 s, and %L4 more applications that left unanswered, "
+                          "on %5. Resident memory grew\nin the second half by %6 MiB per 100,000 calls.\n")
+               .arg(m_load.registrations())
+               .arg(m_load.calls())
+               .arg(m_clock.elapsed() / 1000)
+               .arg(m_load.hurried())
+               .arg(QDate::currentDate().toString(Qt::ISODate))
+               .arg(m_growth.slope() * 100000 / mebibyte, 0, 'f', 3);
+    QFile file(m_options.report);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+        throw std::runtime_error("cannot write " + m_options.report.toStdString());
 }

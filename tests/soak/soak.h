@@ -25,14 +25,16 @@ public:
 private:
     void startHost();
     void checkHost();
+    void loseAtCall();
     void sample();
     Inventory take() const;
     Inventory atRest() const;
     Inventory settled(const Inventory &begin) const;
     bool judgeCounts(const char *when, const Inventory &begin, const Inventory &end) const;
     bool judgeGrowth() const;
-    bool judgeHeap(const Inventory &middle, const Inventory &end) const;
+    bool judgeHeap(const Inventory &begin, const Inventory &end) const;
     bool endHost();
+    void writeReport(const QVector<Inventory> &looks) const;
 
     const Options m_options;
     PrivateBus m_bus;

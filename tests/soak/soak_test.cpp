@@ -96,6 +96,14 @@ TEST(Soak, NoticesMemoryThatIsKept)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.line(QStringLiteral("heap at rest")).endsWith(QLatin1String("FAILED")));
 }
+
+TEST(Soak, NoticesElevenBytesThatAreKeptOfEachCall)
+{
+    const Result result = soak({QStringLiteral("--registrations"), QStringLiteral("16"), QStringLiteral("--calls"),
+        QStringLiteral("10000"), QStringLiteral("--leak"), QStringLiteral("call-memory")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.line(QStringLiteral("heap at rest")).endsWith(QLatin1String("FAILED")));
+}
 #endif
 
 TEST(Soak, SaysWhatIsWrongWithItsCommandLine)

@@ -49,6 +49,7 @@ PrivateBus::PrivateBus(const QString &configuration)
     file.write(QString::fromLatin1(ordinaryConfiguration).arg(m_directory.path(), configuration).toUtf8());
     file.close();
 
+    m_daemon.setMustStay();
     m_daemon.start(QStringLiteral(DBUS_DAEMON),
         {QStringLiteral("--config-file=") + file.fileName(), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
             QStringLiteral("--print-address=1")});

@@ -5,11 +5,18 @@
 #define TESTS_PROGRAM_H
 
 #include <QtCore/QProcess>
+#include <QtCore/QSet>
 #include <QtCore/QStringList>
 
 /**
- * A program that a test starts, watches and ends. It is killed with this object, and with the test
- * process should that die first. Output is kept line by line. Needs an application object.
+ * A program that a test starts, watches and ends. It is ended with this object, by SIGTERM first, so that what
+ * looks for leaks gets to run; and killed with the test process should that die first. Output is kept line by
+ * line. Needs an application object.
+ *
+ * A program is lost when it has ended and nobody wanted that: by a signal that the test has not sent, or with an
+ * exit code other than 0 that the test has not waited for; and one that has to stay, however it has ended. A lost
+ * program is a failure of the test, told once, in the next wait for anything, when the test ends, or when this
+ * object goes.
  */
 class Program : private QProcess
 {
@@ -22,6 +29,15 @@ public:
      * RINGLET_HOST_WRAPPER in the environment says, if it says any: its command line comes as arguments.
      */
     bool start(const QString &file, const QStringList &arguments, const QStringList &environment = {});
+
+    /** It is a host, a bus or the like, which does not end by itself. */
+    void setMustStay() { m_mustStay = true; }
+
+    /** It may end in any way from now on: the test looks for itself. */
+    void setMayEnd() { m_mayEnd = true; }
+
+    /** Adds a failure for each program that is lost; whether there is one that was lost at any time. */
+    static bool reportLost();
 
     /** Standard error goes to this file from the next start on; errorOutput() stays empty then. */
     void setStandardErrorFile(const QString &file) { QProcess::setStandardErrorFile(file); }
@@ -58,7 +74,17 @@ protected:
     void setupChildProcess() override;
 
 private:
-    bool m_isWrapped = false;
+    bool hasEnded();
+    bool isLost();
+    bool endsAsAsked();
+    void report(const char *what);
+    void end();
+
+    bool m_mustStay = false;
+    bool m_mayEnd = false;
+    bool m_wasLost = false;
+    QSet<int> m_signals; // sent since the start
+    QString m_file;
     QString m_output;
     QString m_errors;
 };

@@ -123,6 +123,7 @@ public:
     QVector<int> snapshotDescriptors;
     QString snapshotBody = QStringLiteral("@a{oa{sa{sv}}} {}");
     QString snapshotError;
+    QString errorBody;
     bool snapshotHeld = false;
     std::vector<Message> heldRequests;
     QHash<QString, QString> properties;
@@ -143,6 +144,8 @@ void ScriptedApplication::Private::answerSnapshot(GDBusMessage *call)
         attach(reply.get(), snapshotDescriptors);
     } else {
         reply.reset(g_dbus_message_new_method_error_literal(call, snapshotError.toUtf8().constData(), "refused"));
+        if (!errorBody.isEmpty())
+            g_dbus_message_set_body(reply.get(), parseArguments(errorBody));
     }
     sendMessage(reply.get());
 }
@@ -253,7 +256,7 @@ static Message methodCall(const QString &destination, const QString &path, const
     const QString &member, const QString &arguments)
 {
     Message message(g_dbus_message_new_method_call(destination.toUtf8().constData(), path.toUtf8().constData(),
-        interface.toUtf8().constData(), member.toUtf8().constData()));
+        interface.isEmpty() ? nullptr : interface.toUtf8().constData(), member.toUtf8().constData()));
     if (!arguments.isEmpty())
         g_dbus_message_set_body(message.get(), parseArguments(arguments));
     return message;
@@ -345,10 +348,11 @@ void ScriptedApplication::setSnapshotBody(const QString &arguments, const QVecto
     d->snapshotError.clear();
 }
 
-void ScriptedApplication::refuseSnapshot(const QString &errorName)
+void ScriptedApplication::refuseSnapshot(const QString &errorName, const QString &arguments)
 {
     const QMutexLocker lock(&d->mutex);
     d->snapshotError = errorName;
+    d->errorBody = arguments;
 }
 
 void ScriptedApplication::holdSnapshot()

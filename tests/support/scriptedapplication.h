@@ -41,7 +41,8 @@ public:
 
     /**
      * Calls a method and runs the event loop until it is answered: the arguments of the reply as text
-     * such as "([('a', '/b')],)", or the name of the error; empty when nothing came in time.
+     * such as "([('a', '/b')],)", or the name of the error; empty when nothing came in time. An empty
+     * interface is left out of the message, which the bus allows.
      */
     QString call(const QString &destination, const QString &path, const QString &interface, const QString &member,
         const QString &arguments = {}, const QVector<int> &descriptors = {});
@@ -79,8 +80,8 @@ public:
     /** The whole body of the reply, of whatever type. The descriptors must stay open meanwhile. */
     void setSnapshotBody(const QString &arguments, const QVector<int> &descriptors = {});
 
-    /** Answer it with this error. */
-    void refuseSnapshot(const QString &errorName);
+    /** Answer it with this error, and with a body of whatever type where one is given, rather than a text. */
+    void refuseSnapshot(const QString &errorName, const QString &arguments = {});
 
     /** Keep the request unanswered until releaseSnapshot(). */
     void holdSnapshot();

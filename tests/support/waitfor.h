@@ -4,6 +4,8 @@
 #ifndef TESTS_WAITFOR_H
 #define TESTS_WAITFOR_H
 
+#include "program.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtTest/QTest>
 
@@ -13,11 +15,16 @@ constexpr int waitLimitMs = 20000;
 /** The same, as many times as RINGLET_TEST_PATIENCE in the environment says, for programs that a checker slows down. */
 inline int patientWaitLimitMs() { return waitLimitMs * qMax(1, qEnvironmentVariableIntValue("RINGLET_TEST_PATIENCE")); }
 
-/** Runs the event loop until `condition` holds; false when it did not come to hold in time. */
+/**
+ * Runs the event loop until `condition` holds; false when it did not come to hold in time, and at once when a
+ * program that the test has started is lost: what is true of the dead says nothing.
+ */
 template <typename Condition>
 bool waitFor(Condition condition)
 {
-    return QTest::qWaitFor(condition, patientWaitLimitMs());
+    bool isLost = false;
+    const auto isOver = [&] { return condition() || (isLost = Program::reportLost()); };
+    return QTest::qWaitFor(isOver, patientWaitLimitMs()) && !isLost && !Program::reportLost();
 }
 
 #endif

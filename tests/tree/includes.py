@@ -9,7 +9,8 @@ import re
 from sources import files
 
 # A room may include its own headers, and those of these others.
-ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "desktop": {"platform", "programs"}, "kit": {"programs"},
+ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "busserver": set(),
+         "desktop": {"platform", "programs", "busserver"}, "kit": {"programs", "busserver"},
          "bench": {"platform", "src"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
@@ -19,10 +20,8 @@ RANK = {folder: rank for rank, layer in enumerate(LAYERS) for folder in layer}
 # The audio slots are members of the class in calls/.
 EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 
-# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it,
-# and what programs share.
+# Inside the kit, a folder may include its own headers and these: the client library's, as applications see it.
 INTERFACE = "kit/client/RingletClient"
-KIT_SHARED = {INTERFACE, "kit/common"}
 
 # Inside the checker, a folder may include its own headers and those of the folders named.
 CHECKER = {"analysis": set(), "capture": {"analysis"}, "rules": {"analysis"}, "commands": {"analysis", "capture"}}
@@ -75,11 +74,11 @@ def allowed(source, target):
         return True
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
-        return other in ROOMS[room]
+        return other in ROOMS[room] and own != INTERFACE
     if own.startswith("kit/checker/") and target.startswith("kit/checker/"):
         return target.split("/")[2] in CHECKER.get(own.split("/")[2], set())
     if room == "kit":
-        return target in KIT_SHARED and own != INTERFACE
+        return target == INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]
 
 

@@ -22,11 +22,12 @@ GOOD = {
     "platform/voicecall/host.h": "#include <QtCore/QObject>\n",
     "desktop/voicecalld/host.cpp": "#include <host.h>\n",
     "kit/client/RingletClient/call.h": "#include <RingletClient/call.h>\n",
-    "kit/client/callobject.h": "#include <RingletClient/call.h>\n",
-    "kit/common/stop.h": "",
-    "kit/examples/phone/main.cpp": '#include "../../common/stop.h"\n#include <RingletClient/call.h>\n',
+    "kit/client/callobject.h": '#include <RingletClient/call.h>\n#include "busserver/tree.h"\n',
+    "busserver/tree.h": "#include <QtCore/QObject>\n",
+    "kit/examples/phone/main.cpp": '#include "programs/stop.h"\n#include <RingletClient/call.h>\n',
     "kit/simulator/simulator.h": "",
     "kit/simulator/simulator.cpp": '#include "simulator.h"\n#include "callserviceadaptor.h"\n',
+    "programs/stop.h": "",
     "bench/subject/bare.cpp": '#include "common/trace.h"\n#include <host.h>\n',
     "tests/unit/test.cpp": '#include "calls/handler.h"\n',
 }
@@ -74,6 +75,13 @@ class CheckerTest(unittest.TestCase):
     def test_folder_of_unknown_layer_is_reported(self):
         self.assert_only_violation("src/misc/bad.cpp", "<QtCore/QObject>")
 
+    def test_bus_server_may_include_nothing_else(self):
+        self.assert_only_violation("busserver/bad.h", "<host.h>")
+        self.assert_only_violation("busserver/bad.cpp", '"kit/simulator/simulator.h"')
+
+    def test_client_headers_may_not_include_the_bus_server(self):
+        self.assert_only_violation("kit/client/RingletClient/bad.h", '"busserver/tree.h"')
+
     def test_desktop_may_not_include_plugin_or_kit(self):
         self.assert_only_violation("desktop/voicecalld/bad.cpp", '"common/trace.h"')
         self.assert_only_violation("desktop/voicecalld/bad.cpp", '"../../src/calls/handler.h"')
@@ -91,7 +99,7 @@ class CheckerTest(unittest.TestCase):
 
     def test_programs_of_the_kit_may_not_include_each_other(self):
         self.assert_only_violation("kit/examples/phone/bad.cpp", '"../../simulator/simulator.h"')
-        self.assert_only_violation("kit/common/bad.h", '"simulator.h"')
+        self.assert_only_violation("programs/bad.h", '"simulator.h"')
 
     def test_platform_may_include_nothing_else_of_the_tree(self):
         self.assert_only_violation("platform/voicecall/bad.h", '"common/trace.h"')

@@ -11,8 +11,9 @@ BUILD_LIST = "scripts/packages"
 TEST_LIST = "scripts/packages-test"
 SIP_LIST = "scripts/packages-sip"
 BENCH_LIST = "scripts/packages-bench"
+EXAMPLES_LIST = "scripts/packages-examples"
 COMMON = "scripts/common"
-LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST, BENCH_LIST]
+LISTS = [BUILD_LIST, TEST_LIST, SIP_LIST, BENCH_LIST, EXAMPLES_LIST]
 
 # By the name that CMake's find_package(), find_program() or pkg_check_modules() is given. What is looked
 # for on the device only is in no package.
@@ -28,14 +29,13 @@ PACKAGES = {
     "dbus-1": ["libdbus-1-dev"],
     "dbus-daemon": ["dbus"],
     "dbus-run-session": ["dbus"],
-    "gdbus-codegen": ["libglib2.0-dev-bin"],
     "gio-2.0": ["libglib2.0-dev"],
     "gio-unix-2.0": ["libglib2.0-dev"],
+    "gjs": ["gjs"],
     "libsystemd": ["libsystemd-dev"],
-    "node": ["nodejs"],
-    "npm": ["npm"],
+    # Where an interpreter is looked for, it is for the modules of the example.
+    "perl": ["libnet-dbus-perl"],
     "pkg-config": ["pkg-config"],
-    # Where the interpreter is looked for, it is for the modules of the example.
     "python3": ["python3", "python3-dasbus", "python3-gi"],
     "rapidcheck": ["librapidcheck-dev"],
     "sdbus-c++": ["libsdbus-c++-dev"],
@@ -47,10 +47,11 @@ PACKAGES = {
 ALWAYS = {BUILD_LIST: {"cmake", "dbus", "g++", "ninja-build", "python3"},
           TEST_LIST: {"binutils", "libc-bin", "qtbase5-private-dev", "systemd"},
           SIP_LIST: set(),
+          EXAMPLES_LIST: {"cargo", "golang-dbus-dev", "golang-go", "librust-zbus-dev", "nodejs", "npm", "rustc"},
           BENCH_LIST: {"gnuplot-nox", "libc6-dbg", "valgrind"}}
 
 # Folders that are built for the tests only, and with what is built for the demo too in them.
-TESTED = re.compile(r"tests/|kit/examples/(?!CMakeLists\.txt|qt/|baresip/)")
+TESTED = re.compile(r"tests/|kit/examples/(?!CMakeLists\.txt|qt/)")
 
 COMMAND = re.compile(r"^[^#\n]*\b(find_package|find_program|pkg_check_modules)\(([^)]*)\)", re.MULTILINE)
 WORDS_OF_CMAKE = {"REQUIRED", "IMPORTED_TARGET", "GLOBAL", "QUIET", "NAMES"}

@@ -23,7 +23,7 @@ class TreeTest(unittest.TestCase):
 class CheckerTest(unittest.TestCase):
     def problems(self, cmake="", folder="src", build="", test="", sip="", bench=""):
         """Problems of a tree with good lists, to which the given lines are added, and one file of CMake."""
-        with made_tree({BUILD_LIST: GOOD_LISTS[BUILD_LIST] + build, TEST_LIST: GOOD_LISTS[TEST_LIST] + test,
+        with made_tree({**GOOD_LISTS, BUILD_LIST: GOOD_LISTS[BUILD_LIST] + build, TEST_LIST: GOOD_LISTS[TEST_LIST] + test,
                         SIP_LIST: GOOD_LISTS[SIP_LIST] + sip,
                         BENCH_LIST: GOOD_LISTS[BENCH_LIST] + bench, f"{folder}/CMakeLists.txt": cmake}) as root:
             return list(problems(root))
@@ -39,14 +39,14 @@ class CheckerTest(unittest.TestCase):
                          ["src/CMakeLists.txt: looks for Qt5, but qtbase5-dev-tools is missing in " + BUILD_LIST])
 
     def test_tests_and_their_examples_may_use_every_list(self):
-        for folder in ("tests/a", "kit/examples/node"):
-            self.assertEqual(self.problems("find_program(NPM npm REQUIRED)\nfind_program(SIPP sipp REQUIRED)\n",
-                                           folder=folder, test="npm command:npm # why\n", sip="sip-tester # why\n"), [])
+        for folder in ("tests/a", "kit/examples/gjs"):
+            self.assertEqual(self.problems("find_program(GJS gjs REQUIRED)\nfind_program(SIPP sipp REQUIRED)\n",
+                                           folder=folder, test="gjs command:gjs # why\n", sip="sip-tester # why\n"), [])
 
     def test_what_the_demo_builds_may_not(self):
         for folder in ("src", "kit/client", "kit/examples/qt"):
-            self.assertEqual(self.problems("find_program(NPM npm REQUIRED)", folder=folder, test="npm # why\n"),
-                             [f"{folder}/CMakeLists.txt: looks for npm, but npm is missing in {BUILD_LIST}"])
+            self.assertEqual(self.problems("find_program(GJS gjs REQUIRED)", folder=folder, test="gjs # why\n"),
+                             [f"{folder}/CMakeLists.txt: looks for gjs, but gjs is missing in {BUILD_LIST}"])
 
     def test_benchmarks_have_a_list_that_the_tests_have_not(self):
         for folder, problems in (("bench", 0), ("tests/a", 1), ("src", 1)):
@@ -58,7 +58,7 @@ class CheckerTest(unittest.TestCase):
                                  ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=OFF", 0),
                                  ("install_packages scripts/packages\nbuild_tree b -DBUILD_TESTING=ON", 1),
                                  ("install_packages scripts/packages scripts/packages-test", 1)):
-            with made_tree({**GOOD_LISTS, "scripts/soak": script, "scripts/common": TEST_LIST}) as root:
+            with made_tree({**GOOD_LISTS, "scripts/checks/soak": script, "scripts/common": TEST_LIST}) as root:
                 self.assertEqual(len(list(problems(root))), expected, script)
 
     def test_unknown_names_are_reported(self):
@@ -73,7 +73,7 @@ class CheckerTest(unittest.TestCase):
     def test_malformed_and_repeated_lines_are_reported(self):
         self.assertEqual(len(self.problems(build="no-reason\n")), 1)
         self.assertEqual(len(self.problems(build="two names # why\n")), 1)
-        self.assertEqual(len(self.problems(build="npm command: # why\n")), 1)
+        self.assertEqual(len(self.problems(build="gjs command: # why\n")), 1)
         self.assertEqual(len(self.problems(build="g++ # again\n")), 1)
         self.assertEqual(len(self.problems(test="g++ # in the other list\n")), 1)
 

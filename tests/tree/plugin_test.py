@@ -5,6 +5,7 @@
 
 import json
 import os
+import re
 import subprocess
 import unittest
 
@@ -39,6 +40,12 @@ class PluginTest(unittest.TestCase):
     def testExportsOnlyTheEntryPointsOfQt(self):
         self.assertEqual(symbols(PLUGIN, "--defined-only"), {"qt_plugin_instance", "qt_plugin_query_metadata"})
 
+    def testRegistersMarshallersOfItsOwnTypesAlone(self):
+        names = output(os.environ["NM"], "--demangle", PLUGIN)
+        own = set(re.findall(r"void qDBusMarshallHelper<(.*?) ?>\(QDBusArgument", names))
+        self.assertEqual(own, {"DBusObject", "QList<DBusObject>", "QMap<QString, QMap<QString, QVariant> >",
+                               "QMap<QDBusObjectPath, QMap<QString, QMap<QString, QVariant> > >"})
+
     def testFindsEverySymbolInTheLibrariesItNames(self):
         libraries = needed_libraries()
         self.assertIn("libvoicecall.so.1", libraries)
@@ -65,7 +72,9 @@ class PluginTest(unittest.TestCase):
 
     def testGivesANewObjectAfterTheFirstWasDeleted(self):
         instance = {"className": "CallProviderFactory", "hostInterface": True}
-        self.assertEqual(probe()["instances"], [instance, instance])
+        found = probe()
+        self.assertEqual(found["instances"], [instance, instance])
+        self.assertNotIn("hadTwoInstances", found, "while the first is there, it is given again")
 
     def testLeavesTheProcessSoundWhenUnloaded(self):
         found = probe()

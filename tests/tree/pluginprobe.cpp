@@ -64,6 +64,8 @@ int main(int argc, char *argv[])
     for (int i = 0; i < 2; ++i) {
         const std::unique_ptr<QObject> instance(loader.instance());
         instances.append(describe(instance.get()));
+        if (loader.instance() != instance.get())
+            found["hadTwoInstances"] = true;
     }
     found["instances"] = instances;
     found["unloaded"] = loader.unload();

@@ -59,11 +59,12 @@ class CheckerTest(unittest.TestCase):
 
     def test_second_copy_of_an_interface_is_reported(self):
         contents = {"src/a.cpp": f'R"({INTERFACE})"', "kit/b.xml": INTERFACE,
-                    "desktop/c.cpp": INTERFACE.replace('"', '\\"')}
+                    "desktop/c.cpp": INTERFACE.replace('"', '\\"'), "kit/d.js": INTERFACE.replace('"', "'")}
         self.assertEqual(self.paths(copied_interfaces, contents), set(contents))
 
-    def test_interfaces_may_be_quoted_in_tests_and_documentation(self):
+    def test_interfaces_may_be_quoted_in_tests_documentation_and_examples(self):
         self.assertEqual(self.paths(copied_interfaces, {"dbus/a.xml": INTERFACE, "docs/a.md": INTERFACE,
+                                                        "kit/examples/a.js": INTERFACE,
                                                         "tests/bus/a.cpp": INTERFACE}), set())
 
 

@@ -44,6 +44,15 @@ public:
     };
     Q_ENUM(State)
 
+    /** Who may command the calls. Questions are answered to everybody. */
+    enum class Commanders {
+        /** Whoever owns the host's name. Others get "org.freedesktop.DBus.Error.AccessDenied". */
+        Host,
+        /** Everybody on the bus: for tests, and for playing the host by hand. */
+        Anyone
+    };
+    Q_ENUM(Commanders)
+
     /** With the host of the desktop, on the session bus. `path` is an object path of the application's choice. */
     explicit CallManager(const QString &path, QObject *parent = nullptr);
 
@@ -65,6 +74,10 @@ public:
     QString errorName() const;
     /** For people. */
     QString errorString() const;
+
+    /** At first only the host may. */
+    void setCommanders(Commanders commanders);
+    Commanders commanders() const;
 
     /**
      * A call begins: an incoming one with status Incoming, an outgoing one with Dialing. It belongs to the

@@ -8,7 +8,9 @@
 
 #include <voicecallmanagerinterface.h>
 
+#include <QtCore/QThread>
 #include <QtDBus/QDBusConnection>
+#include <dbus/dbus.h>
 
 RemoteControl::RemoteControl(const QString &path)
     : m_published(QDBusConnection::sessionBus().registerObject(path, this, QDBusConnection::ExportAllSlots))
@@ -150,3 +152,13 @@ void RemoteControl::SelectInputWheneverDevicesChange(const QString &id)
 {
     connect(m_manager, &VoiceCallManagerInterface::devicesChanged, this, [=] { m_manager->selectInputDevice(id); });
 }
+
+// --- What goes wrong around the host
+
+void RemoteControl::Deafen()
+{
+    dbus_connection_set_max_received_size(
+        static_cast<DBusConnection *>(QDBusConnection::sessionBus().internalPointer()), 1);
+}
+
+void RemoteControl::KeepBusy(int milliseconds) { QThread::msleep(ulong(milliseconds)); }

@@ -56,6 +56,11 @@ public Q_SLOTS:
     /** From now on, whenever the devices change, selects this input at once. */
     void SelectInputWheneverDevicesChange(const QString &id);
 
+    /** The host's connection stops reading as soon as one message is unhandled, and the bus library tells nobody. */
+    void Deafen();
+    /** Lets the host's main thread do nothing else for so many milliseconds. */
+    void KeepBusy(int milliseconds);
+
     /** What was recorded, commands and the host's audio signals, since the last time. */
     QStringList TakeNotes();
 

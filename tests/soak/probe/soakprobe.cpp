@@ -70,3 +70,5 @@ QVariantMap SoakProbe::Counts() const
         {QStringLiteral("heap"), heapInUse()},
     };
 }
+
+void SoakProbe::EndCall() const { Leak::happenAtCall(qEnvironmentVariable("SOAK_LEAK")); }

@@ -39,6 +39,9 @@ public Q_SLOTS:
      * SOAK_LEAK in the environment names happens first.
      */
     Q_SCRIPTABLE QVariantMap Counts() const;
+
+    /** A call has ended: the leak that goes with calls happens. */
+    Q_SCRIPTABLE void EndCall() const;
 };
 
 #endif

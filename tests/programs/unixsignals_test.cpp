@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Ringlet Authors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "programs/unixsignals.h"
+
+#include "program.h"
+#include "waitfor.h"
+
+#include <csignal>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(UnixSignalsTest, SignalsReachTheEventLoop)
+{
+    const UnixSignals unixSignals({SIGUSR1, SIGUSR2});
+    EXPECT_EQ(unixSignals.errorString().toStdString(), "");
+    std::vector<int> received;
+    QObject::connect(&unixSignals, &UnixSignals::received, [&](int number) { received.push_back(number); });
+    raise(SIGUSR2);
+    raise(SIGUSR1);
+    raise(SIGUSR1);
+    waitFor([&] { return received.size() == 3; });
+    EXPECT_THAT(received, ElementsAre(SIGUSR2, SIGUSR1, SIGUSR1));
+}
+
+TEST(UnixSignalsTest, ASecondSignalEndsTheProcessWhereThatIsWanted)
+{
+    const auto raiseTwice = [](UnixSignals::Second second) {
+        const UnixSignals unixSignals({SIGTERM}, second);
+        raise(SIGTERM);
+        raise(SIGTERM);
+        _exit(7);
+    };
+    EXPECT_EXIT(raiseTwice(UnixSignals::Second::EndsTheProcess), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_EXIT(raiseTwice(UnixSignals::Second::IsReceived), testing::ExitedWithCode(7), "");
+}
+
+TEST(UnixSignalsTest, SaysWhyItCannotWork)
+{
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const QString error = UnixSignals({SIGUSR1}).errorString();
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(error.toStdString(), "cannot watch for signals: Too many open files");
+}
+
+// Qt itself gives up below 5 files. How many a program takes before it watches for signals, it may decide.
+class ProgramWithFewFiles : public testing::TestWithParam<std::tuple<const char *, int>>
+{
+};
+
+TEST_P(ProgramWithFewFiles, SaysSoAndDoesNotCrash)
+{
+    const auto &[file, files] = GetParam();
+    QStringList command = {QStringLiteral("--nofile=%1").arg(files), QString::fromUtf8(file)};
+    if (QByteArray(file).endsWith("callctl"))
+        command.append(QStringLiteral("watch"));
+    Program program;
+    ASSERT_TRUE(program.start(QStringLiteral("prlimit"), command));
+    EXPECT_EQ(program.waitForExit(), 1);
+    EXPECT_THAT(program.errorOutput().toStdString(), HasSubstr(": cannot watch for signals: Too many open files\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, ProgramWithFewFiles,
+    testing::Combine(testing::Values(VOICECALLD, CALLCTL, RINGLET_SIM, RINGLET_BARESIP), testing::Values(6, 7)));
