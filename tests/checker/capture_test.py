@@ -45,7 +45,7 @@ class Captures(unittest.TestCase):
             others = [cls.other(stage, "dbus-monitor", ["dbus-monitor", "--pcap"]),
                       cls.other(stage, "busctl", ["busctl", "--user", "capture"])]
             watch = stage.checker("watch")
-            players, played = stage.players("callmistakes:TellsSigned")
+            players, played = stage.players("statusmistakes:TellsSigned")
             cls.uri = "sip:TellsSigned@example.org"
             lines = iter(watch.stdout.readline, "")
             assert any("answers with its objects" in line for line in lines)

@@ -10,7 +10,7 @@ import unittest
 
 from stage import Stage, counted, noted, summary
 
-MODULES = ("mistakes", "propertymistakes", "callmistakes", "nearmisses")
+MODULES = ("mistakes", "announcingmistakes", "propertymistakes", "statusmistakes", "commandmistakes", "nearmisses")
 LONGEST = 7  # seconds that the longest of them takes, with what is waited for
 
 

@@ -20,7 +20,7 @@ HERE = pathlib.Path(__file__).parent
 HOST = shlex.join([os.environ["VOICECALLD"], "--plugin", os.environ["PLUGIN"]])
 SIM = os.environ["SIM"]
 EXAMPLES = pathlib.Path(os.environ["EXAMPLES"])
-LIBRARIES = ("dasbus", "glib", "libdbus", "node", "qt", "sd-bus", "sdbus-cpp")
+LIBRARIES = ("dasbus", "gjs", "glib", "libdbus", "perl", "qt", "sd-bus", "sdbus-cpp")
 NEEDS_MORE = {"rejected while ringing", "a second call while one is up", "dialled", "cancelled by the far end",
               "muted by the application", "microphone stays muted over a restart"}
 
@@ -68,7 +68,8 @@ class Run(unittest.TestCase):
         mistaken = ["/usr/bin/python3", "-B", str(HERE / "play.py"), "restartplayers:HoldsNothing"]
         pool = concurrent.futures.ThreadPoolExecutor(16)
         call = ["--incoming", "sip:ann@example.org"]
-        cls.honest = {name: pool.submit(examined, "--", str(EXAMPLES / name / f"ringlet-example-{name}"))
+        cls.honest = {name: pool.submit(examined, "--", str(EXAMPLES / name / f"ringlet-example-{name}"),
+                                  "sip:ann@example.org", "Ann Example")
                       for name in LIBRARIES}
         cls.honest["ringlet-sim"] = pool.submit(examined, "--", SIM, *call)
         cls.further = pool.submit(examined, *with_orders(folder.name))

@@ -16,7 +16,8 @@ SOURCE = pathlib.Path(os.environ["SOURCE"])
 sys.path.insert(0, str(SOURCE / "scripts"))
 import rulepages
 
-MODULES = ("mistakes", "propertymistakes", "callmistakes", "restartplayers")
+MODULES = ("mistakes", "announcingmistakes", "propertymistakes", "statusmistakes", "commandmistakes",
+           "restartplayers")
 
 
 def listed():

@@ -87,10 +87,8 @@ void Tracker::addRegistration(const Message &message)
 
 void Tracker::addQuestion(const Message &message)
 {
-    if (m_world.isHost(message.destination)) {
-        m_questions.ask(message, Question::About::HostCalls, std::string(message.destination));
-        return;
-    }
+    if (m_world.isHost(message.destination))
+        return m_questions.ask(message, Question::About::HostCalls, std::string(message.destination));
     Application *application = m_world.find(message.destination);
     const auto manager = application ? application->managers.find(message.path) : ByName<Manager>::iterator();
     const bool isRegistered = application && manager != application->managers.end();
@@ -221,8 +219,7 @@ void Tracker::answerManagers(const Message &message)
 void Tracker::answerOwner(const Message &message)
 {
     const bool isThere = message.kind == Message::Kind::Return && message.signature == "s";
-    const Variant owner = isThere ? child(message.body, 0) : nullptr;
-    changeHost(message, owner ? textOf(owner.get()) : std::string_view());
+    changeHost(message, isThere ? textOf(child(message.body, 0).get()) : std::string_view());
 }
 
 void Tracker::answerProcess(const Message &message, const Question &question)
