@@ -11,7 +11,7 @@ from sources import files
 # A room may include its own headers, and those of these others.
 ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "busserver": set(),
          "desktop": {"platform", "programs", "busserver"}, "kit": {"programs", "busserver"},
-         "bench": {"platform", "src"}}
+         "bench": {"platform", "src", "kit"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
 LAYERS = [{"plugin"}, {"service", "calls"}, {"objectmanager", "audio"}, {"common"}]

@@ -27,17 +27,21 @@ Message::Message(GDBusMessage *message, Time time, std::uint64_t number, std::si
       number(number),
       size(size),
       serial(g_dbus_message_get_serial(message)),
-      replySerial(g_dbus_message_get_reply_serial(message)),
-      descriptors(g_dbus_message_get_num_unix_fds(message)),
       sender(orEmpty(g_dbus_message_get_sender(message))),
       destination(orEmpty(g_dbus_message_get_destination(message))),
-      path(orEmpty(g_dbus_message_get_path(message))),
-      interface(orEmpty(g_dbus_message_get_interface(message))),
-      member(orEmpty(g_dbus_message_get_member(message))),
-      error(orEmpty(g_dbus_message_get_error_name(message))),
       signature(orEmpty(g_dbus_message_get_signature(message))),
       body(g_dbus_message_get_body(message))
 {
+    // Looking up a header field costs as much as much of what is done with it: only what such a message can have.
+    if (kind == Kind::Return || kind == Kind::Error) {
+        replySerial = g_dbus_message_get_reply_serial(message);
+        error = orEmpty(g_dbus_message_get_error_name(message));
+    } else {
+        path = orEmpty(g_dbus_message_get_path(message));
+        interface = orEmpty(g_dbus_message_get_interface(message));
+        member = orEmpty(g_dbus_message_get_member(message));
+    }
+    descriptors = g_dbus_message_get_num_unix_fds(message);
 }
 
 bool Message::isCall(std::string_view wantedInterface, std::string_view wantedMember) const

@@ -95,7 +95,11 @@ bool Process::waitForEnd(int patience)
     return true;
 }
 
-bool Process::hasCrashed() const { return m_hasEnded && WIFSIGNALED(m_status); }
+bool Process::hasCrashed() const
+{
+    // GLib ends a program with SIGTERM when its bus goes.
+    return m_hasEnded && WIFSIGNALED(m_status) && WTERMSIG(m_status) != SIGTERM;
+}
 
 namespace {
 

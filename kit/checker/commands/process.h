@@ -33,7 +33,7 @@ public:
     /** Waits until it has ended, for so many milliseconds; whether it has. */
     bool waitForEnd(int patience);
 
-    /** Whether a signal has ended it. */
+    /** Whether a signal has ended it, other than SIGTERM. */
     bool hasCrashed() const;
 
 protected:

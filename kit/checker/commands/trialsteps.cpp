@@ -186,5 +186,5 @@ void Trial::loseBus()
     m_bus->process().signal(SIGKILL);
     m_bus->process().waitForEnd(patience);
     m_program->waitForEnd(1000);
-    judge("bus gone", !m_program->hasCrashed(), "a signal has ended the program");
+    judge("bus gone", !m_program->hasCrashed(), "the program has crashed");
 }
