@@ -24,6 +24,8 @@ static bool isOfTheFamily(std::string_view written)
 
 std::string_view Report::meantInterface(std::string_view written)
 {
+    if (std::find(callInterfaces.begin(), callInterfaces.end(), written) != callInterfaces.end())
+        return {};
     const auto *const found = std::find_if(callInterfaces.begin(), callInterfaces.end(),
         [written](std::string_view known) { return Spelling::isSlip(written, known); });
     if (found != callInterfaces.end())
