@@ -7,6 +7,7 @@ import json
 import sys
 import unittest
 
+import restartplayers
 from stage import Stage, counted, summary, wait_for
 
 
@@ -69,6 +70,16 @@ class Restart(unittest.TestCase):
             self.wait_for("is told UpdateAudioRoute\"", 2)
             self.restart(stage, host)
             self.wait_for("RequestMute (true,)", 2)
+            self.expect_all(stage)
+
+    def test_flood_is_followed_to_the_last_message(self):
+        with Stage() as stage:
+            self.start(stage, "Pours")
+            stage.host()
+            count = restartplayers.Pours.count
+            # The one more is the answer to Accept.
+            self.wait_for("StatusChanged (", count + 1)
+            self.assertEqual(len(lines_about(self.output, "StatusChanged (")), count + 1)
             self.expect_all(stage)
 
     def test_echo_is_named(self):

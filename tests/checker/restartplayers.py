@@ -3,8 +3,8 @@
 
 """What can go wrong when the host is restarted, or is not there at first."""
 
-from application import AUDIO, HOST, Application
-from gi.repository import Gio
+from application import AUDIO, CALL, HOST, Application
+from gi.repository import Gio, GLib
 
 
 class Lasts(Application):
@@ -139,3 +139,14 @@ class HoldsNothing(Lasts):
 
     def SendDTMF(self, invocation, path, tones):
         self.reply(invocation)
+
+
+class Pours(Lasts):
+    """sends twenty thousand signals as fast as it can"""
+    rule = "flood"
+    count = 20000
+
+    def answered(self):
+        arguments = [GLib.Variant("(u)", (status,)) for status in (7, 5)]
+        for number in range(self.count):
+            self.bus.emit_signal(None, self.call, CALL, "StatusChanged", arguments[number % 2])
