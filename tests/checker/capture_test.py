@@ -42,6 +42,8 @@ class Captures(unittest.TestCase):
             stage.host()
             ours = stage.checker("record", str(cls.folder / "ours"))
             redacted = stage.checker("record", "--redact", str(cls.folder / "redacted"))
+            selected = stage.checker("record", str(cls.folder / "selected"), "python3")
+            stranger = stage.checker("record", str(cls.folder / "stranger"), "nobody")
             others = [cls.other(stage, "dbus-monitor", ["dbus-monitor", "--pcap"]),
                       cls.other(stage, "busctl", ["busctl", "--user", "capture"])]
             watch = stage.checker("watch")
@@ -53,7 +55,7 @@ class Captures(unittest.TestCase):
             players.stdin.close()
             assert any("has left the bus" in line for line in lines)
             assert played["TellsSigned"]["rule"] == RULE
-            for program in (ours, redacted, *others):
+            for program in (ours, redacted, selected, stranger, *others):
                 stage.end(program, signal.SIGINT)
 
     @classmethod
@@ -66,9 +68,14 @@ class Captures(unittest.TestCase):
         return program
 
     def test_ours_and_others_give_the_finding(self):
-        for name in ("ours", "redacted", "dbus-monitor", "busctl"):
+        for name in ("ours", "redacted", "selected", "dbus-monitor", "busctl"):
             with self.subTest(name):
                 self.assertEqual(rules(self.folder / name), [RULE])
+
+    def test_of_others_nothing_is_recorded(self):
+        content = (self.folder / "stranger").read_bytes()
+        self.assertEqual(rules(self.folder / "stranger"), [])
+        self.assertNotIn(self.uri.encode(), content)
 
     def test_only_the_owner_may_read_ours(self):
         for name in ("ours", "redacted"):

@@ -32,7 +32,7 @@ void Analysis::learnProgram(const std::string &name, unsigned pid, const std::st
 
 void Analysis::schedule(Time at, std::function<void(Time)> action) { m_timers.push({at, nextId(), std::move(action)}); }
 
-void Analysis::happen(const Occasion &occasion)
+void Analysis::happen(const Occasion &occasion) const
 {
     if (onEvent)
         onEvent(occasion);

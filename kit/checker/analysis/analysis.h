@@ -36,7 +36,7 @@ public:
     // For rules and the tracker.
     void forgetProgram(const std::string &name) { m_programs.erase(name); }
     void schedule(Time at, std::function<void(Time)> action);
-    void happen(const Occasion &occasion);
+    void happen(const Occasion &occasion) const;
     std::string describe(const Application &application) const;
     std::uint64_t nextId() { return ++m_lastId; }
 

@@ -118,35 +118,35 @@ void CallTracker::report(Occasion occasion)
     }
 }
 
-void CallTracker::readAll(const Message &message, Application &owner, Manager &manager, std::string_view path)
+void CallTracker::readAll(const Message &message, Application &application, Manager &manager, std::string_view path)
 {
     const Variant objects = child(message.body, 0);
     for (gsize i = 0, count = g_variant_n_children(objects.get()); i < count; ++i) {
         const Variant entry = child(objects.get(), i);
         const Variant object = child(entry.get(), 0);
         const Variant interfaces = child(entry.get(), 1);
-        Occasion occasion{m_analysis, m_world, Event::Reported, message, &owner, &manager, path};
+        Occasion occasion{m_analysis, m_world, Event::Reported, message, &application, &manager, path};
         occasion.object = textOf(object.get());
         occasion.interfaces = interfaces.get();
         occasion.isSnapshot = true;
         if (Report::concernsCalls(interfaces.get()))
-            occasion.call = &freshCall(owner, occasion.object);
+            occasion.call = &freshCall(application, occasion.object);
         report(occasion);
     }
 }
 
-void CallTracker::snapshot(const Message &message, Application &owner, Manager &manager, std::string_view path)
+void CallTracker::snapshot(const Message &message, Application &application, Manager &manager, std::string_view path)
 {
-    readAll(message, owner, manager, path);
+    readAll(message, application, manager, path);
 }
 
-void CallTracker::assume(const Message &message, Application &owner, Manager &manager, std::string_view path)
+void CallTracker::assume(const Message &message, Application &application, Manager &manager, std::string_view path)
 {
     std::set<std::uint64_t> before;
-    for (const auto &[name, call] : owner.calls)
+    for (const auto &[name, call] : application.calls)
         before.insert(call.id);
-    readAll(message, owner, manager, path);
-    for (auto &[name, call] : owner.calls) {
+    readAll(message, application, manager, path);
+    for (auto &[name, call] : application.calls) {
         if (before.count(call.id) == 0)
             call.wasAssumed = call.isShown = call.hasAudioState = true;
     }

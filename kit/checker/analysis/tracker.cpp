@@ -178,7 +178,7 @@ void Tracker::answerSnapshot(const Message &message, const Question &question)
 void Tracker::answerProbe(const Message &message, const Question &question)
 {
     Application *application = m_world.find(question.application);
-    if (!application && message.signature == Names::snapshotType && m_calls.holdsCalls(message))
+    if (!application && message.signature == Names::snapshotType && CallTracker::holdsCalls(message))
         application = &m_calls.application(question.application);
     if (!application)
         return;

@@ -34,7 +34,7 @@ public:
     bool isLost() const { return g_dbus_connection_is_closed(m_connection.get()); }
 
 private:
-    static GDBusMessage *filter(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming, gpointer self);
+    static GDBusMessage *filter(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming, gpointer data);
 
     Connection m_connection;
     GAsyncQueue *m_queue = nullptr;

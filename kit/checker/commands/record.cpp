@@ -16,13 +16,13 @@ namespace {
 class Sieve
 {
 public:
-    explicit Sieve(Selection &selection) : m_selection(selection) { }
+    explicit Sieve(Follower &follower) : m_follower(follower) { }
 
     bool passes(const Message &message)
     {
         if (message.kind == Message::Kind::Return || message.kind == Message::Kind::Error)
             return m_calls.erase({std::string(message.destination), message.replySerial}) > 0;
-        if (!concerns(message.sender) && !concerns(message.destination))
+        if (!concerns(message.sender) && !concerns(message.destination) && !isRelay(message))
             return false;
         if (message.kind == Message::Kind::Call && m_calls.size() < 100000)
             m_calls.emplace(std::string(message.sender), message.serial);
@@ -30,13 +30,24 @@ public:
     }
 
 private:
-    // The bus and the host concern everybody.
-    bool concerns(std::string_view name) const
+    // What the host tells everybody of a call names the call's application.
+    bool isRelay(const Message &message) const
     {
-        return m_selection.isEverybody() || name == Names::bus || m_selection.contains(std::string(name));
+        if (message.interface != Names::serviceManager || !message.body || g_variant_n_children(message.body) == 0)
+            return false;
+        const Variant service = child(message.body, 0);
+        return hasType(service.get(), "s") && concerns(textOf(service.get()));
     }
 
-    Selection &m_selection;
+    // What the bus says concerns everybody; what is broadcast has no destination.
+    bool concerns(std::string_view name) const
+    {
+        const Selection &selection = m_follower.selection();
+        return selection.isEverybody() || name == Names::bus
+            || (!name.empty() && selection.contains(std::string(name)));
+    }
+
+    Follower &m_follower;
     std::set<std::pair<std::string, std::uint32_t>> m_calls;
 };
 
@@ -47,7 +58,7 @@ int Commands::record(const Options &options)
     const std::string name = options.argument(0);
     Follower follower(options.host, options.argument(1));
     CaptureWriter writer(name);
-    Sieve sieve(follower.selection());
+    Sieve sieve(follower);
     Redaction redaction;
     std::uint64_t count = 0;
     follower.onMessage = [&](const Monitor::Item &item) {
