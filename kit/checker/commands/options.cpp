@@ -57,7 +57,7 @@ bool setFormat(const std::string &word, Format *format)
 // Takes the option at `index` and the value behind it; the name of what is wrong, or nothing.
 std::string take(const std::vector<std::string> &words, std::size_t *index, Options *options)
 {
-    const std::string word = words[*index];
+    const std::string &word = words[*index];
     for (const Flag &flag : flags) {
         if (word == flag.name) {
             options->*flag.value = true;

@@ -147,7 +147,7 @@ std::string Output::junit(const Findings &findings, const Wanted &isWanted, cons
         if (broken.count(rule->name) > 0)
             continue;
         ++kept;
-        cases += "  <testcase classname=\"rules\" name=\"" + std::string(rule->name) + "\"/>\n";
+        cases += R"(  <testcase classname="rules" name=")" + std::string(rule->name) + "\"/>\n";
     }
     if (!error.empty())
         cases += "  <system-err>" + Output::escaped(error) + "</system-err>\n";

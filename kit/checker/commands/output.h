@@ -26,9 +26,9 @@ std::string timeOf(Time time);
 std::string text(const Findings &findings, const Finding &finding);
 std::string json(const Findings &findings, const Finding &finding);
 
-/** The same for CI: a case for each finding and for each rule that was kept, behind `cases`, which are so many. */
+/** The same for CI: a case for each finding and for each rule that was kept, behind `first`, which has so many. */
 std::string junit(const Findings &findings, const Wanted &isWanted, const std::string &error,
-    const std::string &cases = {}, std::size_t count = 0);
+    const std::string &first = {}, std::size_t count = 0);
 
 /** Prints all that are wanted and follow from no other; the exit code. `error` says why there may be more. */
 int print(const Findings &findings, Format format, const Wanted &isWanted, const std::string &error = {});

@@ -36,6 +36,7 @@ Process::Process(const std::vector<std::string> &command, int output) { start(co
 void Process::start(const std::vector<std::string> &command, int output)
 {
     std::vector<char *> words;
+    words.reserve(command.size() + 1);
     for (const std::string &word : command)
         words.push_back(const_cast<char *>(word.c_str())); // NOLINT(cppcoreguidelines-pro-type-const-cast): exec's type
     words.push_back(nullptr);
@@ -90,7 +91,7 @@ bool Process::waitForEnd(int patience)
     for (int waited = 0; isRunning(); waited += step) {
         if (waited >= patience)
             return false;
-        g_usleep(step * 1000);
+        g_usleep(step * 1000UL);
     }
     return true;
 }

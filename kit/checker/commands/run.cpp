@@ -46,7 +46,7 @@ static void printJson(Trial &trial)
     std::printf("{\"steps\":[");
     const char *separator = "\n";
     for (const Step &step : trial.steps()) {
-        std::printf("%s{\"step\":%s,\"result\":\"%s\",\"why\":%s}", separator, Output::quoted(step.name).c_str(),
+        std::printf(R"(%s{"step":%s,"result":"%s","why":%s})", separator, Output::quoted(step.name).c_str(),
             wordFor(step.result), Output::quoted(step.why).c_str());
         separator = ",\n";
     }
@@ -59,7 +59,7 @@ static void printJunit(Trial &trial)
 {
     std::string cases;
     for (const Step &step : trial.steps()) {
-        cases += "  <testcase classname=\"steps\" name=\"" + Output::escaped(step.name) + "\">";
+        cases += R"(  <testcase classname="steps" name=")" + Output::escaped(step.name) + "\">";
         if (step.result == Step::Result::Fail)
             cases += "<failure message=\"" + Output::escaped(step.why) + "\"/>";
         if (step.result == Step::Result::NotPossible)

@@ -42,7 +42,7 @@ public:
 private:
     using Condition = std::function<bool()>;
 
-    bool waitFor(const Condition &condition, int patience);
+    bool waitFor(const Condition &condition, int milliseconds);
     void pass(const std::string &name);
     void fail(const std::string &name, const std::string &why);
     void skip(const std::string &name, const std::string &why);

@@ -7,6 +7,7 @@
 #include "commands/follower.h"
 #include "commands/output.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -92,14 +93,13 @@ private:
     bool isOfInterest(const std::string &name)
     {
         const Application *application = m_analysis.world().find(name);
-        for (const std::string &meant : m_meant) {
-            const auto process = m_analysis.world().processes.find(meant);
-            if (meant == name
-                || (application && process != m_analysis.world().processes.end() && application->pid != 0
-                    && process->second == application->pid))
-                return true;
-        }
-        return false;
+        const ByName<unsigned> &processes = m_analysis.world().processes;
+        return std::any_of(m_meant.begin(), m_meant.end(), [&](const std::string &meant) {
+            const auto process = processes.find(meant);
+            const bool isSibling = application && application->pid != 0 && process != processes.end()
+                && process->second == application->pid;
+            return meant == name || isSibling;
+        });
     }
 
     // Where else the object manager may be: on this connection, or on another of its process.
@@ -162,7 +162,7 @@ int Commands::why(const Options &options)
     const auto isWanted = [&examination](const Finding &finding) { return examination->isWanted(finding); };
     // What was only on its way is over when one looks again.
     if (examination->findings().isAnyCounted(isWanted)) {
-        g_usleep(500 * 1000);
+        g_usleep(500 * 1000UL);
         examination = std::make_unique<Examination>(connection.get(), options);
         examination->look();
     }

@@ -28,8 +28,8 @@ static const Rule type("announcing", "announcement-type", Severity::Error,
     {"InterfacesAdded has another type than oa{sa{sv}}.",
         "The host drops such a signal without a word, so the call does not show.",
         "Send an object path, and its interfaces with their properties as variants: oa{sa{sv}}.",
-        "signal InterfacesAdded (\"/calls/one\", [\"zelkovar.Call.Call1\"]) of type oas",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}}) of type oa{sa{sv}}"},
+        R"(signal InterfacesAdded ("/calls/one", ["zelkovar.Call.Call1"]) of type oas)",
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {...}}) of type oa{sa{sv}})"},
     {"not-announced", "status-elsewhere"});
 
 static const Rule inSnapshot("announcing", "announced-and-in-snapshot", Severity::Warning,
@@ -44,8 +44,8 @@ static const Rule twice("announcing", "announced-twice", Severity::Warning,
     {"A call was announced that the host knows already.",
         "Properties are read from the first report only, and the host tells everybody of the call once more.",
         "Announce every call once, with all that it has.",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}}), twice",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}}), once"});
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {...}}), twice)",
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {...}}), once)"});
 
 static const Rule tooSoon("announcing", "announced-too-early", Severity::Error,
     {"A call was announced before the registration was answered, and the host has not heard it.",
@@ -62,7 +62,7 @@ static const Rule callLate("announcing", "call-interface-late", Severity::Error,
         "Send all interfaces of a call in one InterfacesAdded.",
         "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.DTMF1\": {}})\n"
         "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}})",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}, \"zelkovar.Call.DTMF1\": {}})"},
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {...}, "zelkovar.Call.DTMF1": {}}))"},
     {"request-too-early"});
 
 static const Rule pathReused("several calls", "path-reused-at-once", Severity::Warning,

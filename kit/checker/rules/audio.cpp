@@ -28,14 +28,14 @@ static const Rule signature("audio", "request-signature", Severity::Error,
 
 static const Rule unknownDevice("audio", "route-unknown-device", Severity::Warning,
     {"A device was asked for that the host has not named.", "The host ignores the request.",
-        "Ask for ids that stand in the last UpdateAudioRouteState.", "signal RequestAudioRoute (\"hw:1\", \"hw:1\")",
-        "signal RequestAudioRoute (\"headset\", \"headset\")"});
+        "Ask for ids that stand in the last UpdateAudioRouteState.", R"(signal RequestAudioRoute ("hw:1", "hw:1"))",
+        R"(signal RequestAudioRoute ("headset", "headset"))"});
 
 static const Rule swapped("audio", "route-swapped", Severity::Error,
     {"Input and output of RequestAudioRoute are exchanged.", "Neither device can be what it is asked to be.",
         "Send the input device first and the output device second.",
-        "signal RequestAudioRoute (\"speaker\", \"microphone\")",
-        "signal RequestAudioRoute (\"microphone\", \"speaker\")"});
+        R"(signal RequestAudioRoute ("speaker", "microphone"))",
+        R"(signal RequestAudioRoute ("microphone", "speaker"))"});
 
 static const Rule echo("audio", "mute-echo", Severity::Warning,
     {"Mute goes to and fro between the host and the application.",
@@ -152,7 +152,7 @@ std::optional<bool> flagOf(const Message &message)
 }
 
 const Check lost({Event::HostLeft}, [](const Occasion &o) {
-    Microphone &microphone = o.application->memory.of<Microphone>();
+    auto &microphone = o.application->memory.of<Microphone>();
     for (auto &[path, call] : o.application->calls) {
         if (call.isKnown && !call.isGone && call.memory.of<Muted>().is)
             microphone.muted[path] = call.memory.of<Muted>().isAskedFor;

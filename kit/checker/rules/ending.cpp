@@ -17,15 +17,15 @@ static const Rule withoutStatus("ending", "removed-without-status", Severity::Wa
     {"A call was removed without a final status.",
         "It vanishes from the list without having been shown as ended, so a history may call it missed or cut off.",
         "Send StatusChanged (1) before InterfacesRemoved.",
-        "signal InterfacesRemoved (\"/calls/one\", [\"zelkovar.Call.Call1\"]) of an active call",
+        R"(signal InterfacesRemoved ("/calls/one", ["zelkovar.Call.Call1"]) of an active call)",
         "signal StatusChanged (1)\nsignal InterfacesRemoved (\"/calls/one\", [\"zelkovar.Call.Call1\"])"});
 
 static const Rule withoutInterface("ending", "removed-without-call-interface", Severity::Error,
     {"InterfacesRemoved does not name zelkovar.Call.Call1.",
         "The removal of Call1 is what ends a call; until then the host goes on to show it.",
         "Name all interfaces of the object in InterfacesRemoved, zelkovar.Call.Call1 above all.",
-        "signal InterfacesRemoved (\"/calls/one\", [\"zelkovar.Call.DTMF1\"])",
-        "signal InterfacesRemoved (\"/calls/one\", [\"zelkovar.Call.Call1\", \"zelkovar.Call.DTMF1\"])"},
+        R"(signal InterfacesRemoved ("/calls/one", ["zelkovar.Call.DTMF1"]))",
+        R"(signal InterfacesRemoved ("/calls/one", ["zelkovar.Call.Call1", "zelkovar.Call.DTMF1"]))"},
     {"ended-not-removed", "signal-behind-removal"});
 
 static const Rule elsewhere("ending", "removed-elsewhere", Severity::Error,
@@ -41,7 +41,7 @@ static const Rule type("ending", "removal-type", Severity::Error,
         "The host drops such a signal without a word, and goes on to show the call.",
         "Send the object path and an array of interface names: oas.",
         "signal InterfacesRemoved (\"/calls/one\") of type o",
-        "signal InterfacesRemoved (\"/calls/one\", [\"zelkovar.Call.Call1\"]) of type oas"},
+        R"(signal InterfacesRemoved ("/calls/one", ["zelkovar.Call.Call1"]) of type oas)"},
     {"ended-not-removed", "signal-behind-removal"});
 
 static const Rule behind("ending", "signal-behind-removal", Severity::Note,
@@ -52,7 +52,7 @@ static const Rule behind("ending", "signal-behind-removal", Severity::Note,
 
 static const Rule left("ending", "left-with-calls", Severity::Note,
     {"The application left the bus with calls.", "The host takes them out of its list at once.",
-        "End the calls before leaving, where there is time to.", "NameOwnerChanged (\":1.7\", \":1.7\", \"\")",
+        "End the calls before leaving, where there is time to.", R"(NameOwnerChanged (":1.7", ":1.7", ""))",
         "signal StatusChanged (1)\nsignal InterfacesRemoved (\"/calls/one\", ...)\n"
         "NameOwnerChanged (\":1.7\", \":1.7\", \"\")"});
 

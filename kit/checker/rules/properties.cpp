@@ -14,8 +14,8 @@ static const Rule interfaceMisspelt("announcing", "interface-misspelt", Severity
         "The host compares names letter by letter: without Call1 it is no call, without DTMF1 it has no tones, without "
         "AudioControl1 no audio.",
         "Write zelkovar.Call.Call1, zelkovar.Call.DTMF1 and zelkovar.Call.AudioControl1.",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.call.Call1\": {...}})",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {...}})"},
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.call.Call1": {...}}))",
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {...}}))"},
     {"not-announced", "status-elsewhere", "call-interface-late", "removed-without-call-interface"});
 
 static const Rule missing("announcing", "property-missing", Severity::Error,
@@ -32,7 +32,7 @@ static const Rule misspelt("announcing", "property-misspelt", Severity::Error,
     {"A property of Call1 is spelt in another way.",
         "The host compares names letter by letter and reads the property as missing.",
         "Write Status, Incoming, Holdable, RemoteName, RemoteHandle, LocalName, LocalHandle and Uri.",
-        "{\"zelkovar.Call.Call1\": {\"status\": <uint32 3>}}", "{\"zelkovar.Call.Call1\": {\"Status\": <uint32 3>}}"},
+        R"({"zelkovar.Call.Call1": {"status": <uint32 3>}})", R"({"zelkovar.Call.Call1": {"Status": <uint32 3>}})"},
     {"property-missing", "status-impossible", "ended-not-removed"});
 
 static const Rule wrongType("announcing", "property-type", Severity::Error,
@@ -56,7 +56,7 @@ static const Rule descriptor("weight", "descriptor-in-property", Severity::Error
         "and "
         "all calls.",
         "Send names instead, such as the path of a picture.", "\"Photo\": <handle 0>",
-        "\"Photo\": <\"/usr/share/icons/ann.png\">"});
+        R"("Photo": <"/usr/share/icons/ann.png">)"});
 
 namespace {
 

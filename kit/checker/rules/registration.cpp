@@ -34,7 +34,7 @@ static const Rule newHost("registration", "not-registered-with-new-host", Severi
     {"The host was restarted, and the application has not registered with the new one.",
         "A new host knows nobody, so the calls are gone from the list.",
         "Watch the owner of the host's name and register every time that it is taken.",
-        "signal NameOwnerChanged (host's name, \"\", \":1.20\"), and nothing",
+        R"(signal NameOwnerChanged (host's name, "", ":1.20"), and nothing)",
         "signal NameOwnerChanged (host's name, \"\", \":1.20\")\ncall RegisterCallManager (\"/calls\")"},
     {"*"});
 
@@ -42,7 +42,7 @@ static const Rule andLeft("registration", "registered-and-left", Severity::Error
     {"The connection that registered has left the bus, and its process goes on without it.",
         "A registration ends with the connection that made it.",
         "Register on the connection that has the objects, and keep it open.",
-        "call RegisterCallManager from :1.7, NameOwnerChanged (\":1.7\", \":1.7\", \"\")",
+        R"(call RegisterCallManager from :1.7, NameOwnerChanged (":1.7", ":1.7", ""))",
         "call RegisterCallManager from the connection that stays"},
     {"*"});
 

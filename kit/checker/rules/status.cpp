@@ -72,8 +72,8 @@ static const Rule unheard("announcing", "property-change-unheard", Severity::War
     {"A property of a call was changed behind its announcement.",
         "The host reads properties once and does not hear PropertiesChanged; it goes on to show the first value.",
         "Announce a call when its name and address are known; they cannot change later.",
-        "signal PropertiesChanged (\"zelkovar.Call.Call1\", {\"RemoteName\": <\"Ann\">})",
-        "signal InterfacesAdded (\"/calls/one\", {\"zelkovar.Call.Call1\": {\"RemoteName\": <\"Ann\">, ...}})"});
+        R"(signal PropertiesChanged ("zelkovar.Call.Call1", {"RemoteName": <"Ann">}))",
+        R"(signal InterfacesAdded ("/calls/one", {"zelkovar.Call.Call1": {"RemoteName": <"Ann">, ...}}))"});
 
 namespace {
 

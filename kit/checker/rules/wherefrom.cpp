@@ -52,7 +52,7 @@ std::string asked(const Missing &missing)
 
 void settle(const Occasion &o, Application &application, const Rule &rule, const std::string &what)
 {
-    Missing &missing = application.memory.of<Missing>();
+    auto &missing = application.memory.of<Missing>();
     Occasion at = o;
     at.application = &application;
     at.call = nullptr;
@@ -72,7 +72,7 @@ void lookFor(const Occasion &o)
         return;
     o.application->memory.of<Missing>() = {true, std::string(o.object)};
     o.later(1200 * milliseconds, [](const Occasion &later) {
-        Missing &missing = later.application->memory.of<Missing>();
+        auto &missing = later.application->memory.of<Missing>();
         if (missing.isOpen)
             settle(later, *later.application, wrongPath, asked(missing) + '.');
     });
@@ -83,7 +83,7 @@ const Check failed({Event::SnapshotFailed}, lookFor);
 // Objects seen at a path of the application itself.
 void seenAt(const Occasion &o, std::string_view path)
 {
-    Missing &missing = o.application->memory.of<Missing>();
+    auto &missing = o.application->memory.of<Missing>();
     if (!missing.isOpen)
         return;
     if (path != missing.path)
@@ -97,7 +97,7 @@ void seenOnSibling(const Occasion &o, std::string_view path)
 {
     for (auto &[name, other] : o.world.applications) {
         const bool isSibling = other.pid != 0 ? other.pid == o.application->pid : o.application->pid == 0;
-        Missing &missing = other.memory.of<Missing>();
+        auto &missing = other.memory.of<Missing>();
         if (&other == o.application || !isSibling || !missing.isOpen || missing.path != path)
             continue;
         settle(o, other, otherConnection,
