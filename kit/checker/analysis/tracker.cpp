@@ -185,8 +185,7 @@ void Tracker::answerProbe(const Message &message, const Question &question)
     const auto manager = application->managers.find(question.path);
     Occasion occasion{m_analysis, m_world, Event::ProbeAnswered, message, application};
     occasion.object = occasion.managerPath = question.path;
-    if (manager != application->managers.end())
-        occasion.manager = &manager->second;
+    occasion.manager = manager == application->managers.end() ? nullptr : &manager->second;
     if (message.kind == Message::Kind::Error)
         occasion.event = Event::ProbeFailed;
     m_analysis.happen(occasion);
