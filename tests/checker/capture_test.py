@@ -55,6 +55,10 @@ class Captures(unittest.TestCase):
             players.stdin.close()
             assert any("has left the bus" in line for line in lines)
             assert played["TellsSigned"]["rule"] == RULE
+            for path in (cls.folder / name for name in ("dbus-monitor", "busctl")):
+                size = path.stat().st_size
+                wait_for(lambda path=path, size=size: stage.check("why") and path.stat().st_size > size + 2000,
+                         f"{path.name} goes on behind that")
             for program in (ours, redacted, selected, stranger, *others):
                 stage.end(program, signal.SIGINT)
 
