@@ -8,6 +8,7 @@ Called by scripts/demo with the build directory, and perhaps --stay.
 """
 
 import os
+import subprocess
 import sys
 import threading
 
@@ -95,13 +96,32 @@ def walk(demo):
     return host, app
 
 
+def explain_a_mistake(demo):
+    """An application whose call does not show, and the checker that says why."""
+    demo.step("A call that does not show, and why")
+    eve = demo.start("third app", demo.path("kit/simulator/ringlet-sim"), "--manager", "/eve/other")
+    eve.expect("^registered ")
+    eve.type("raw eve")
+    eve.type("raw eve object /eve/call zelkovar.call.Call1 Status=u:3 Incoming=b:true Uri=s:sip:eve@example.org")
+    eve.type("raw eve register /eve")
+    eve.expect("^application eve registered")
+    demo.table({})
+    say("checker", "$ ringlet-check why")
+    result = subprocess.run([demo.path("kit/checker/ringlet-check"), "why"], capture_output=True, text=True, check=False)
+    for line in result.stdout.splitlines():
+        say("checker", line)
+    if result.returncode != 1 or "interface-misspelt" not in result.stdout:
+        raise DoesNotHold(f"the cause is not named: {result.stdout}{result.stderr}")
+    eve.end()
+
+
 def stay(demo, app):
     demo.step("Two calls are up")
     app.type(f'incoming ada {ADA} name="Ada Lovelace"')
     app.expect("^ada shown")
     start_second(demo).expect("^UpdateAudioRouteState")
     demo.table({ADA: "incoming", GRACE: "incoming"})
-    programs = [demo.path("desktop/callctl"), demo.path("kit/simulator")]
+    programs = [demo.path("desktop/callctl"), demo.path("kit/simulator"), demo.path("kit/checker")]
     print(
         f"""
 In another terminal:
@@ -110,6 +130,7 @@ In another terminal:
     export PATH="{':'.join(programs)}:$PATH"
     callctl watch             # the calls, kept up to date
     callctl answer c3         # and hangup, hold, dtmf, mute, output: see callctl --help
+    ringlet-check watch       # what goes over the bus, and what is wrong with it
     ringlet-sim               # an application of your own: type help
     busctl --user tree org.tarnwickle.voicecall
 
@@ -122,6 +143,7 @@ Ctrl-C here ends it all.""",
 def main(build, staying):
     def steps(demo):
         host, app = walk(demo)
+        explain_a_mistake(demo)
         if staying:
             stay(demo, app)
         demo.step("Host and application end cleanly")

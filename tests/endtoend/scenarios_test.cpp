@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // Every scenario of the simulator with the real host and the real plug-in: it ends well, the host shows the
-// calls that the scenario names, and afterwards the host is as good as new.
+// calls that the scenario names, the checker finds the faults that it names, and afterwards the host is as good as new.
 
 #include "callhistory.h"
 #include "desktophost.h"
@@ -10,13 +10,21 @@
 #include "waitfor.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QSet>
+#include <QtCore/QTemporaryDir>
+#include <algorithm>
+#include <csignal>
 #include <functional>
 #include <gmock/gmock.h>
 
 namespace {
 
 const QString sim = QStringLiteral(RINGLET_SIM);
+const QString checker = QStringLiteral(RINGLET_CHECK);
 
 QStringList linesOf(const QString &scenario)
 {
@@ -142,6 +150,56 @@ QStringList scenarioNames()
     return names;
 }
 
+// What the checker has to find in a scenario, from its comment that begins with "rule:"; in brackets stands why.
+QSet<QString> expectedRules(const QString &scenario)
+{
+    const QString start = QStringLiteral("# rule: ");
+    QSet<QString> rules;
+    for (const QString &line : linesOf(scenario)) {
+        if (!line.startsWith(start))
+            continue;
+        for (const QString &rule : line.mid(start.size()).section(" (", 0, 0).split(' '))
+            rules.insert(rule);
+    }
+    rules.remove("none");
+    return rules;
+}
+
+// Records what goes over the bus, and reads it when it has ended.
+class Recorder
+{
+public:
+    bool start()
+    {
+        return m_folder.isValid() && m_program.start(checker, {"record", capture()})
+            && m_program.waitForError("recording");
+    }
+
+    // Errors and warnings, and those notes that are expected.
+    QSet<QString> rules(const QSet<QString> &notes)
+    {
+        m_program.signal(SIGINT);
+        EXPECT_EQ(m_program.waitForExit(), 0) << m_program.errorOutput().toStdString();
+        Program reader;
+        EXPECT_TRUE(reader.start(checker, {"read", capture(), "--format", "json"}));
+        const int code = reader.waitForExit();
+        EXPECT_TRUE(code == 0 || code == 1) << reader.errorOutput().toStdString();
+        const QJsonObject found = QJsonDocument::fromJson(reader.lines().join('\n').toUtf8()).object();
+        QSet<QString> rules;
+        for (const QJsonValue &finding : found["findings"].toArray()) {
+            if (finding["severity"] != "note" || notes.contains(finding["rule"].toString()))
+                rules.insert(finding["rule"].toString());
+        }
+        return rules;
+    }
+
+private:
+    QString capture() const { return m_folder.filePath("capture"); }
+
+    QTemporaryDir m_folder;
+    Program m_program;
+};
+
 // GoogleTest takes letters, digits and _ only.
 std::string testName(const testing::TestParamInfo<QString> &info)
 {
@@ -158,6 +216,8 @@ TEST_P(EveryScenario, EndsWellAndLeavesTheHostAsGoodAsNew)
     const QStringList expected = expectedTables(GetParam());
     ASSERT_FALSE(expected.isEmpty()) << "it does not say what the host shows, with comments \"# shows: TABLE\"";
     CallHistory history;
+    Recorder recorder;
+    ASSERT_TRUE(recorder.start());
     Program program;
     ASSERT_TRUE(program.start(sim, {"--scenario", GetParam()}));
     EXPECT_EQ(runToItsEnd(&program), 0) << program.lines().join('\n').toStdString() << '\n'
@@ -166,6 +226,12 @@ TEST_P(EveryScenario, EndsWellAndLeavesTheHostAsGoodAsNew)
 
     EXPECT_TRUE(waitFor([&] { return host.providers().isEmpty(); }));
     EXPECT_EQ(host.table(), QStringList());
+    // Waiting for the programs, it delivers the host's last signals, too.
+    const QSet<QString> rules = recorder.rules(expectedRules(GetParam()));
+    // A process that scripts/check slow has stopped does answer late.
+    if (!qEnvironmentVariableIsSet("RINGLET_SLOW")) {
+        EXPECT_EQ(rules, expectedRules(GetParam()));
+    }
     EXPECT_TRUE(waitFor([&] { return history.isEmpty(); }));
     const QStringList shown = history.tables().isEmpty() ? QStringList("nothing") : history.tables();
     EXPECT_TRUE(patternOf(expected).match(textOf(shown)).hasMatch())
@@ -173,6 +239,16 @@ TEST_P(EveryScenario, EndsWellAndLeavesTheHostAsGoodAsNew)
         << textOf(expected).toStdString() << "and the host has shown\n"
         << textOf(shown).toStdString();
     expectAnHonestCallToWork();
+}
+
+TEST(Scenarios, SayWhichRulesTheirFaultsBreak)
+{
+    for (const QString &name : scenarioNames()) {
+        const QStringList lines = linesOf(name);
+        const bool says
+            = std::any_of(lines.begin(), lines.end(), [](const QString &line) { return line.startsWith("# rule: "); });
+        EXPECT_EQ(says, name.startsWith("fault-")) << name.toStdString();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheKit, EveryScenario, testing::ValuesIn(scenarioNames()), testName);

@@ -11,7 +11,7 @@ from sources import files
 # A room may include its own headers, and those of these others.
 ROOMS = {"platform": set(), "src": {"platform"}, "programs": set(), "busserver": set(),
          "desktop": {"platform", "programs", "busserver"}, "kit": {"programs", "busserver"},
-         "bench": {"platform", "src"}}
+         "bench": {"platform", "src", "kit"}}
 
 # Inside the plug-in, a folder may include its own headers and those of the lines below its own.
 LAYERS = [{"plugin"}, {"service", "calls"}, {"objectmanager", "audio"}, {"common"}]
@@ -22,6 +22,9 @@ EXCEPTIONS = {("src/audio/callhandleraudio.cpp", "src/calls")}
 
 # Inside the kit, a folder may include its own headers and these: the client library's, as applications see it.
 INTERFACE = "kit/client/RingletClient"
+
+# Inside the checker, a folder may include its own headers and those of the folders named.
+CHECKER = {"analysis": set(), "capture": {"analysis"}, "rules": {"analysis"}, "commands": {"analysis", "capture"}}
 
 # Headers that are generated from dbus/, and the folder of the plug-in that each belongs to.
 GENERATED = {
@@ -72,6 +75,8 @@ def allowed(source, target):
     room, other = own.split("/")[0], target.split("/")[0]
     if room != other:
         return other in ROOMS[room] and own != INTERFACE
+    if own.startswith("kit/checker/") and target.startswith("kit/checker/"):
+        return target.split("/")[2] in CHECKER.get(own.split("/")[2], set())
     if room == "kit":
         return target == INTERFACE
     return RANK[target.split("/")[1]] > RANK[own.split("/")[1]]

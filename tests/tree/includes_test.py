@@ -25,6 +25,9 @@ GOOD = {
     "kit/client/callobject.h": '#include <RingletClient/call.h>\n#include "busserver/tree.h"\n',
     "busserver/tree.h": "#include <QtCore/QObject>\n",
     "kit/examples/phone/main.cpp": '#include "programs/stop.h"\n#include <RingletClient/call.h>\n',
+    "kit/checker/analysis/message.h": "",
+    "kit/checker/capture/reader.h": '#include "analysis/message.h"\n',
+    "kit/checker/commands/main.cpp": '#include "analysis/message.h"\n#include "capture/reader.h"\n',
     "kit/simulator/simulator.h": "",
     "kit/simulator/simulator.cpp": '#include "simulator.h"\n#include "callserviceadaptor.h"\n',
     "programs/stop.h": "",
@@ -96,6 +99,10 @@ class CheckerTest(unittest.TestCase):
         self.assert_only_violation("kit/simulator/bad.cpp", '"../client/callobject.h"')
         self.assert_only_violation("kit/examples/phone/bad.cpp", '"callobject.h"')
         self.assert_only_violation("kit/client/RingletClient/bad.h", '"callobject.h"')
+
+    def test_analysis_of_the_checker_stays_without_files(self):
+        self.assert_only_violation("kit/checker/analysis/bad.cpp", '"capture/reader.h"')
+        self.assert_only_violation("kit/checker/rules/bad.cpp", '"capture/reader.h"')
 
     def test_programs_of_the_kit_may_not_include_each_other(self):
         self.assert_only_violation("kit/examples/phone/bad.cpp", '"../../simulator/simulator.h"')
