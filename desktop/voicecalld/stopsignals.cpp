@@ -23,7 +23,7 @@ StopSignals::StopSignals()
 StopSignals::~StopSignals()
 {
     m_isOver = true;
-    pthread_kill(m_thread.native_handle(), SIGTERM);
+    pthread_kill(m_thread.native_handle(), SIGINT);
     m_thread.join();
 }
 

@@ -15,7 +15,7 @@ static int watchdogInterval()
     if (!pid.isEmpty() && pid.toLongLong() != getpid())
         return 0;
     const qlonglong interval = qgetenv("WATCHDOG_USEC").toLongLong() / 1000 / 2;
-    return interval > 0 ? int(std::clamp<qlonglong>(interval, 1, 3600 * 1000)) : 0;
+    return interval > 0 ? int(std::clamp<qlonglong>(interval, 1, 3600000)) : 0;
 }
 
 Supervisor::Supervisor() : m_socket(qgetenv("NOTIFY_SOCKET"))
