@@ -76,6 +76,8 @@ inline QString registeredApplication(const QString &hostName)
     list.beginArray();
     list.beginStructure();
     list >> application;
+    list.endStructure();
+    list.endArray();
     return application;
 }
 
