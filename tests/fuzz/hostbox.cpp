@@ -214,6 +214,7 @@ QStringList HostBox::devices() const
             list.asVariant();
         list.endStructure();
     }
+    list.endArray();
     return ids;
 }
 
