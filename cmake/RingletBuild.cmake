@@ -14,6 +14,10 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_CXX_STANDARD 14)
 
 add_compile_options(-Wall -Wextra -Wpedantic)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # Qt's macros for categorised logging, used as streams.
+    add_compile_options(-Wno-gnu-zero-variadic-macro-arguments)
+endif()
 if(RINGLET_WERROR)
     add_compile_options(-Werror)
 endif()

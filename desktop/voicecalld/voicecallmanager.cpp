@@ -204,8 +204,10 @@ void VoiceCallManager::reveal()
     for (const Call *call : qAsConst(m_calls))
         known.insert(call->handler());
     // By number: what plug-ins do when they are asked is theirs.
-    for (int i = 0; i < m_providers.size(); ++i) {
-        if (m_providers.at(i).isShown || show(&m_providers[i]))
-            addCalls(m_providers.at(i).object, known);
+    int next = 0;
+    while (next < m_providers.size()) {
+        Provider &provider = m_providers[next++];
+        if (provider.isShown || show(&provider))
+            addCalls(provider.object, known);
     }
 }
