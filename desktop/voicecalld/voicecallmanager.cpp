@@ -206,8 +206,8 @@ void VoiceCallManager::reveal()
     // By number: what plug-ins do when they are asked is theirs.
     int next = 0;
     while (next < m_providers.size()) {
-        Provider &provider = m_providers[next++];
-        if (provider.isShown || show(&provider))
-            addCalls(provider.object, known);
+        const int i = next++;
+        if (m_providers.at(i).isShown || show(&m_providers[i]))
+            addCalls(m_providers.at(i).object, known);
     }
 }
